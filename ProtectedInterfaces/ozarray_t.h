@@ -1,0 +1,284 @@
+#ifndef OZARRAY_T_H
+#define OZARRAY_T_H
+
+#include "ozarray.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <type_traits>
+#include <utility>
+
+constexpr std::uint64_t oz_grown_capacity(std::uint64_t capacity, std::uint64_t n)
+{
+  // Above this size doubling would overshoot by half the array.
+  constexpr std::uint64_t linear_from = 64000;
+  constexpr std::uint64_t step = 4096;
+  if (n >= linear_from)
+    return capacity + step + ((n - capacity - 1) & ~(step - 1));
+
+  std::uint64_t grown = capacity == 0 ? 1 : capacity;
+  while (grown < n)
+    grown *= 2;
+  return grown;
+}
+
+/// What arrays use inside; no part of their interface.
+namespace oz_array_detail
+{
+// Types whose T() is zero bytes. Pointers to members are not among them.
+template <class T>
+constexpr bool is_plain = std::is_arithmetic_v<T> || std::is_enum_v<T> || std::is_pointer_v<T>;
+
+// Throws std::bad_alloc for a size whose bytes a pointer difference could not count.
+template <class T>
+void check_size(std::uint64_t n)
+{
+  constexpr std::uint64_t most_bytes = ~std::uint64_t(0) >> 1;
+  if (n > most_bytes / sizeof(T))
+    throw std::bad_alloc();
+}
+
+inline void* checked(void* storage)
+{
+  if (storage == nullptr)
+    throw std::bad_alloc();
+  return storage;
+}
+
+/// A block of slots under construction. It is filled from its upper end downwards, so that the part that
+/// holds live elements is always one run up to the end, and destroys that run unless it is released.
+template <class T>
+class Block
+{
+public:
+  explicit Block(std::uint64_t n)
+    : end_(n)
+    , built_from(n)
+  {
+    static_assert(alignof(T) <= alignof(std::max_align_t), "malloc does not align this type");
+    check_size<T>(n);
+    if (n != 0)
+      slots = static_cast<T*>(checked(std::malloc(n * sizeof(T))));
+  }
+  ~Block()
+  {
+    if (slots == nullptr)
+      return;
+    std::destroy(slots + built_from, slots + end_);
+    std::free(slots);
+  }
+  Block(Block const&) = delete;
+  Block& operator=(Block const&) = delete;
+
+  void fill_from(std::uint64_t from)
+  {
+    std::uninitialized_value_construct(slots + from, slots + built_from);
+    built_from = from;
+  }
+  void put_before(T const& value)
+  {
+    ::new (static_cast<void*>(slots + built_from - 1)) T(value);
+    --built_from;
+  }
+  // The rest of the block, moved only where moving cannot throw: `from` is whole until all is done.
+  void transfer(T* from)
+  {
+    if constexpr (std::is_nothrow_move_constructible_v<T>)
+      std::uninitialized_move(from, from + built_from, slots);
+    else
+      std::uninitialized_copy(from, from + built_from, slots);
+    built_from = 0;
+  }
+  void copy(T const* from)
+  {
+    std::uninitialized_copy(from, from + built_from, slots);
+    built_from = 0;
+  }
+  T* release() { return std::exchange(slots, nullptr); }
+
+private:
+  T* slots = nullptr;
+  std::uint64_t end_;
+  std::uint64_t built_from;
+};
+} // namespace oz_array_detail
+
+template <class T, class A>
+OzArray<T, A>::OzArray(OzArray const& other)
+{
+  copy_elements(other);
+}
+
+template <class T, class A>
+OzArray<T, A>::OzArray(OzArray&& other) noexcept
+  : data(std::exchange(other.data, nullptr))
+  , capacity(std::exchange(other.capacity, 0))
+  , size_(std::exchange(other.size_, 0))
+{
+}
+
+template <class T, class A>
+OzArray<T, A>& OzArray<T, A>::operator=(OzArray const& other)
+{
+  if (this != &other)
+    copy_elements(other);
+  return *this;
+}
+
+template <class T, class A>
+OzArray<T, A>::~OzArray()
+{
+  take_over(nullptr, 0);
+  size_ = 0;
+}
+
+template <class T, class A>
+void OzArray<T, A>::resize(std::uint64_t n, bool keep)
+{
+  if (n > capacity)
+  {
+    oz_array_detail::check_size<T>(n);
+    reserve(oz_grown_capacity(capacity, n), keep);
+  }
+  else if (n < size_)
+  {
+    clear_slots(n, size_);
+  }
+  size_ = n;
+}
+
+template <class T, class A>
+void OzArray<T, A>::reserve(std::uint64_t n, bool keep)
+{
+  OZ_ASSERT(n >= size_);
+  if (n < size_)
+    return;
+
+  replace_block(n, keep ? size_ : 0, nullptr);
+}
+
+template <class T, class A>
+void OzArray<T, A>::remove_last()
+{
+  OZ_ASSERT(size_ > 0);
+  if (size_ == 0)
+    return;
+
+  clear_slots(size_ - 1, size_);
+  --size_;
+}
+
+/// Moves to a block of `n` slots that holds the first `kept` elements, then a copy of `added` if that is
+/// not null, then T(). Nothing has changed if it throws.
+template <class T, class A>
+void OzArray<T, A>::replace_block(std::uint64_t n, std::uint64_t kept, T const* added)
+{
+  if constexpr (oz_array_detail::is_plain<T>)
+  {
+    oz_array_detail::check_size<T>(n);
+    T const last = added != nullptr ? *added : T(); // `added` may lie in the block that goes
+    std::uint64_t const filled = kept + (added != nullptr ? 1 : 0);
+    if (n == 0 || kept == 0)
+    {
+      void* const block = n == 0 ? nullptr : oz_array_detail::checked(std::calloc(n, sizeof(T)));
+      take_over(static_cast<T*>(block), n);
+    }
+    else
+    {
+      void* const block = oz_array_detail::checked(std::realloc(data, n * sizeof(T)));
+      data = static_cast<T*>(block);
+      capacity = n;
+      std::memset(static_cast<void*>(data + filled), 0, (n - filled) * sizeof(T));
+    }
+    if (added != nullptr)
+      data[kept] = last;
+  }
+  else
+  {
+    oz_array_detail::Block<T> block(n);
+    block.fill_from(kept + (added != nullptr ? 1 : 0));
+    if (added != nullptr)
+      block.put_before(*added);
+    block.transfer(data);
+    take_over(block.release(), n);
+  }
+}
+
+/// Destroys all slots, frees them, and goes on with `block`, which has `n` live slots.
+template <class T, class A>
+void OzArray<T, A>::take_over(T* block, std::uint64_t n)
+{
+  std::destroy(data, data + capacity);
+  std::free(data);
+  data = block;
+  capacity = n;
+}
+
+/// Sets slots to T().
+template <class T, class A>
+void OzArray<T, A>::clear_slots(std::uint64_t from, std::uint64_t to)
+{
+  if constexpr (oz_array_detail::is_plain<T>)
+  {
+    std::memset(static_cast<void*>(data + from), 0, (to - from) * sizeof(T));
+  }
+  else if constexpr (std::is_nothrow_copy_constructible_v<T>)
+  {
+    T const blank = T();
+    for (T* slot = data + from; slot != data + to; ++slot)
+    {
+      slot->~T();
+      ::new (static_cast<void*>(slot)) T(blank);
+    }
+  }
+  else if constexpr (std::is_nothrow_move_constructible_v<T>)
+  {
+    // All that can throw is done before the first slot is touched.
+    OzArray fresh;
+    fresh.replace_block(to - from, 0, nullptr);
+    for (std::uint64_t i = from; i < to; ++i)
+    {
+      data[i].~T();
+      ::new (static_cast<void*>(data + i)) T(std::move(fresh.data[i - from]));
+    }
+  }
+  else
+  {
+    // A slot that was destroyed might not be built again, so the element that is there is overwritten.
+    T const blank = T();
+    std::fill(data + from, data + to, blank);
+  }
+}
+
+template <class T, class A>
+void OzArray<T, A>::copy_elements(OzArray const& other)
+{
+  if constexpr (std::is_nothrow_copy_assignable_v<T>)
+  {
+    resize(other.size_, false);
+    std::copy(other.data, other.data + other.size_, data);
+  }
+  else
+  {
+    // Assigning over the elements could stop half way, so the copy is made beside them.
+    std::uint64_t const n = other.size_ > capacity ? oz_grown_capacity(capacity, other.size_) : capacity;
+    oz_array_detail::Block<T> block(n);
+    block.fill_from(other.size_);
+    block.copy(other.data);
+    take_over(block.release(), n);
+    size_ = other.size_;
+  }
+}
+
+template <class T, class A>
+void OzArray<T, A>::grow_and_append(T const& value)
+{
+  replace_block(oz_grown_capacity(capacity, size_ + 1), size_, &value);
+  ++size_;
+}
+
+#endif
