@@ -1,0 +1,312 @@
+#include "ozstring.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <limits>
+
+namespace
+{
+// Where the capacity starts from: an empty string holds its terminator.
+constexpr std::uint64_t EMPTY_SIZE = 1;
+
+int compare(OzString const& a, OzString const& b)
+{
+  return std::strcmp(a.as_const_c_string(), b.as_const_c_string());
+}
+
+int compare(OzString const& a, char const* b)
+{
+  return std::strcmp(a.as_const_c_string(), b);
+}
+} // namespace
+
+OzString::OzString()
+{
+  chars.reserve(EMPTY_SIZE, true);
+  chars.resize(EMPTY_SIZE, true);
+}
+
+OzString::OzString(char const* text)
+{
+  std::uint64_t const size = text == nullptr ? EMPTY_SIZE : std::strlen(text) + 1;
+
+  // The capacity that growing from an empty string gives, without the empty string's buffer.
+  chars.reserve(size == EMPTY_SIZE ? EMPTY_SIZE : oz_grown_capacity(EMPTY_SIZE, size), true);
+  chars.resize(size, true);
+  if (text != nullptr)
+    std::memcpy(chars.begin(), text, size);
+}
+
+OzString::OzString(int value, int width, char pad)
+  : OzString()
+{
+  int_to_as(value, chars, width, pad);
+}
+
+OzString::OzString(OzString const& other)
+{
+  // The size is taken over, and may reach behind the text.
+  chars.resize(std::max(other.chars.size(), EMPTY_SIZE), true);
+  if (other.chars.size() != 0)
+    std::memcpy(chars.begin(), other.chars.begin(), strnlen(other.chars.begin(), other.chars.size()));
+}
+
+OzString& OzString::operator=(OzString const& other)
+{
+  if (this == &other)
+    return *this;
+
+  std::uint64_t const size = std::max(other.chars.size(), EMPTY_SIZE);
+  chars.resize(size, true);
+  if (other.chars.size() == 0)
+  {
+    chars.begin()[0] = '\0';
+    return *this;
+  }
+  std::uint64_t const text = strnlen(other.chars.begin(), other.chars.size());
+  std::memcpy(chars.begin(), other.chars.begin(), text);
+  if (text < size)
+    chars.begin()[text] = '\0';
+  return *this;
+}
+
+OzString& OzString::operator=(char const* text)
+{
+  if (text == nullptr)
+    return *this;
+
+  // `text` may be a tail of this string's own: it is moved before the array shrinks.
+  std::uint64_t const size = std::strlen(text) + 1;
+  bool const own = text >= chars.begin() && text < chars.end();
+  if (own)
+    std::memmove(chars.begin(), text, size);
+  chars.resize(size, true);
+  if (!own)
+    std::memcpy(chars.begin(), text, size);
+  return *this;
+}
+
+OzString::~OzString() = default;
+
+bool OzString::operator==(OzString const& other) const
+{
+  return compare(*this, other) == 0;
+}
+
+bool OzString::operator==(char const* other) const
+{
+  return compare(*this, other) == 0;
+}
+
+bool OzString::operator!=(OzString const& other) const
+{
+  return !(*this == other);
+}
+
+bool OzString::operator!=(char const* other) const
+{
+  return compare(*this, other) != 0;
+}
+
+bool OzString::operator<(OzString const& other) const
+{
+  return compare(*this, other) < 0;
+}
+
+bool OzString::operator<(char const* other) const
+{
+  return compare(*this, other) < 0;
+}
+
+bool OzString::operator<=(OzString const& other) const
+{
+  return compare(*this, other) <= 0;
+}
+
+bool OzString::operator<=(char const* other) const
+{
+  return compare(*this, other) <= 0;
+}
+
+bool OzString::operator>(OzString const& other) const
+{
+  return compare(*this, other) > 0;
+}
+
+bool OzString::operator>(char const* other) const
+{
+  return compare(*this, other) > 0;
+}
+
+bool OzString::operator>=(OzString const& other) const
+{
+  return compare(*this, other) >= 0;
+}
+
+bool OzString::operator>=(char const* other) const
+{
+  return compare(*this, other) >= 0;
+}
+
+OzString& OzString::append(char const& c)
+{
+  char const added = c; // may be a character of this string, whose buffer is about to move
+  chars.resize(chars.size() + 1, true);
+  std::uint64_t const at = strnlen(chars.begin(), chars.size());
+  if (added == '\0')
+    return *this;
+
+  if (at + 2 > chars.size()) // after a resize the text can fill the array to its end
+    chars.resize(at + 2, true);
+  chars.begin()[at] = added;
+  chars.begin()[at + 1] = '\0';
+  return *this;
+}
+
+OzString& OzString::append(OzString const& s)
+{
+  if (s.chars.size() == 0)
+    return *this;
+  if (this == &s)
+    return append(OzString(s));
+
+  // The size grows by what `s` says of itself, its text may be shorter.
+  std::uint64_t const own = std::max(chars.size(), EMPTY_SIZE);
+  std::uint64_t const text = strnlen(s.chars.begin(), s.chars.size());
+  chars.resize(own - 1 + s.chars.size(), true);
+  std::uint64_t const at = strnlen(chars.begin(), chars.size());
+  if (at + text + 1 > chars.size())
+    chars.resize(at + text + 1, true);
+  std::memcpy(chars.begin() + at, s.chars.begin(), text);
+  chars.begin()[at + text] = '\0';
+  return *this;
+}
+
+OzString& OzString::append(int value)
+{
+  char text[24];
+  std::snprintf(text, sizeof text, "%d", value);
+  return append(OzString(text));
+}
+
+OzString& OzString::append(unsigned int value)
+{
+  char text[24];
+  std::snprintf(text, sizeof text, "%u", value);
+  return append(OzString(text));
+}
+
+OzString& OzString::append(double value, int precision, bool general)
+{
+  char const* const pattern = general ? "%.*g" : "%.*f";
+  int const length = std::snprintf(nullptr, 0, pattern, precision, value);
+  OzString text;
+  text.chars.resize(static_cast<std::uint64_t>(std::max(length, 0)) + 1, true);
+  std::snprintf(text.chars.begin(), text.chars.size(), pattern, precision, value);
+  return append(text);
+}
+
+OzString& OzString::format(int size, char const* pattern, ...)
+{
+  chars.resize(static_cast<std::uint64_t>(static_cast<std::int64_t>(size)), true);
+
+  std::va_list arguments;
+  va_start(arguments, pattern);
+  std::vsnprintf(chars.begin(), chars.size(), pattern, arguments);
+  va_end(arguments);
+
+  int const text = static_cast<int>(std::strlen(chars.begin()));
+  OZ_ASSERT(text < size - 1);
+  set_size(text, true);
+  return *this;
+}
+
+void OzString::resize(std::uint64_t n, bool)
+{
+  chars.resize(n, true);
+}
+
+void OzString::set_size(int n, bool keep)
+{
+  std::uint64_t const old_length = length();
+  std::uint64_t const new_length = static_cast<std::uint64_t>(static_cast<std::int64_t>(n));
+  chars.resize(new_length + 1, keep);
+  chars.begin()[new_length] = '\0';
+  if (keep && new_length > old_length)
+    std::memset(chars.begin() + old_length, ' ', new_length - old_length);
+}
+
+int OzString::find(char const* pattern, std::uint64_t pos) const
+{
+  std::uint64_t const pattern_length = std::strlen(pattern);
+  if (pattern_length == 0)
+    return 0;
+
+  std::uint64_t const from = static_cast<std::uint64_t>(static_cast<std::int64_t>(static_cast<int>(pos)));
+  if (length() == 0 || length() <= from)
+    return -1;
+
+  char const* const tail = as_const_c_string() + from;
+  if (std::strspn(pattern, tail) != pattern_length)
+    return -1;
+
+  char const* const hit = std::strstr(tail, pattern);
+  return hit == nullptr ? -1 : static_cast<int>(hit - chars.begin());
+}
+
+int OzString::find(OzString const& pattern, std::uint64_t pos) const
+{
+  return find(pattern.as_const_c_string(), pos);
+}
+
+OzString OzString::substr(std::uint64_t pos, int len) const
+{
+  OzString part;
+  if (pos >= length() || len == 0)
+    return part;
+
+  std::uint64_t const wanted = len < 0 ? length() : std::min(length(), static_cast<std::uint64_t>(len));
+  std::uint64_t const count = std::min(wanted, length() - pos);
+  part.chars.resize(count + 1, false);
+  std::memcpy(part.chars.begin(), chars.begin() + pos, count);
+  part.chars.begin()[count] = '\0';
+  return part;
+}
+
+void OzString::int_to_as(int value, OzArray<char, OzAllocator<char>>& out, int width, char pad)
+{
+  // Digits without sign. The most negative number has no positive counterpart and yields none.
+  char digits[16];
+  std::uint64_t n_digits = 0;
+  if (value == 0)
+    digits[n_digits++] = '0';
+  if (value != std::numeric_limits<int>::min())
+  {
+    for (int rest = value < 0 ? -value : value; rest > 0; rest /= 10)
+      digits[n_digits++] = static_cast<char>('0' + rest % 10);
+  }
+
+  bool const negative = value < 0;
+  std::int64_t const field = static_cast<std::int64_t>(width) - (negative ? 1 : 0);
+  std::int64_t taken = static_cast<std::int64_t>(n_digits);
+  bool const sign_next_to_digits = pad == ' ';
+  // The sign has lowered the field already. Next to the digits it counts once more, so that a negative
+  // number padded with blanks is one character short of its width.
+  if (negative && sign_next_to_digits)
+    ++taken;
+  std::uint64_t const padding = field > taken ? static_cast<std::uint64_t>(field - taken) : 0;
+  std::uint64_t const count = padding + n_digits + (negative ? 1 : 0);
+
+  out.resize(count + 1, true);
+  char* to = out.begin();
+  if (negative && !sign_next_to_digits)
+    *to++ = '-';
+  std::memset(to, pad, padding);
+  to += padding;
+  if (negative && sign_next_to_digits)
+    *to++ = '-';
+  std::reverse_copy(digits, digits + n_digits, to);
+  to[n_digits] = '\0';
+}
