@@ -19,9 +19,9 @@ function(oz_compile_options target)
 
   # Paths in reports and debug information count from the source root, so that they are the same in
   # every checkout. The coverage tools have to find the sources and get full paths in their notes.
-  target_compile_options(${target} PRIVATE "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=")
+  target_compile_options(${target} PRIVATE "-fmacro-prefix-map=${oz_SOURCE_DIR}/=")
   if(NOT OZ_COVERAGE)
-    target_compile_options(${target} PRIVATE "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
+    target_compile_options(${target} PRIVATE "-ffile-prefix-map=${oz_SOURCE_DIR}/=")
   endif()
 
   if(OZ_SANITIZE)
@@ -53,12 +53,12 @@ function(oz_add_library name)
   target_compile_features(${name} PUBLIC cxx_std_17)
   target_sources(${name} PUBLIC
     FILE_SET HEADERS
-    BASE_DIRS "${PROJECT_SOURCE_DIR}/${arg_HEADER_DIR}"
+    BASE_DIRS "${oz_SOURCE_DIR}/${arg_HEADER_DIR}"
     FILES ${arg_HEADERS})
   set_target_properties(${name} PROPERTIES
-    VERSION ${PROJECT_VERSION}
-    SOVERSION ${PROJECT_VERSION_MAJOR}
-    VERIFY_INTERFACE_HEADER_SETS ${PROJECT_IS_TOP_LEVEL})
+    VERSION ${oz_VERSION}
+    SOVERSION ${oz_VERSION_MAJOR}
+    VERIFY_INTERFACE_HEADER_SETS ${oz_IS_TOP_LEVEL})
   if(NOT OZ_SANITIZE)
     # The sanitizers' own symbols come from the executable.
     target_link_options(${name} PRIVATE -Wl,--no-undefined)
@@ -88,6 +88,6 @@ function(oz_add_test_executable source)
   gtest_discover_tests(${name}
     DISCOVERY_MODE PRE_TEST
     DISCOVERY_TIMEOUT 60
-    WORKING_DIRECTORY "${PROJECT_SOURCE_DIR}"
+    WORKING_DIRECTORY "${oz_SOURCE_DIR}"
     PROPERTIES ${properties})
 endfunction()
