@@ -224,7 +224,7 @@ void OzArray<T, A>::clear_slots(std::uint64_t from, std::uint64_t to)
 {
   if constexpr (oz_array_detail::is_plain<T>)
   {
-    std::memset(static_cast<void*>(data + from), 0, (to - from) * sizeof(T));
+    std::fill(data + from, data + to, T());
   }
   else if constexpr (std::is_nothrow_copy_constructible_v<T>)
   {
