@@ -50,8 +50,19 @@ oz_require_packages()
   echo "Installing ${missing[*]}"
   export DEBIAN_FRONTEND=noninteractive
   if [ -z "${OZ_PACKAGE_LISTS_ARE_FRESH:-}" ]; then
-    apt-get update -qq </dev/null
+    oz_quietly apt-get update -qq
     export OZ_PACKAGE_LISTS_ARE_FRESH=1
   fi
-  apt-get install -y -qq --no-install-recommends "${missing[@]}" </dev/null >/dev/null
+  oz_quietly apt-get install -y -qq --no-install-recommends "${missing[@]}"
+}
+
+# Says what a command said only if it fails, and then the script ends.
+oz_quietly()
+{
+  local said
+  if ! said=$("$@" </dev/null 2>&1); then
+    echo "$said" >&2
+    echo "Failed: $*" >&2
+    exit 1
+  fi
 }

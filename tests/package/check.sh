@@ -2,6 +2,8 @@
 # Builds a client of the library in every way that the README names: with CMake and with pkg-config, from
 # an installed tree and from the build tree, and as a part of the client's own build.
 #
+# Before that it looks at the libraries themselves: their SONAME, what they need, and what they export.
+#
 # usage: tests/package/check.sh [BUILD]     a folder in which the library was built [build/dev]
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.."
@@ -18,6 +20,40 @@ expected='slotholeplate 4 8 13'
 cmake --install "$build" --prefix "$work/staged" >/dev/null
 mv "$work/staged" "$work/installed"
 libraries=$(dirname "$(find "$work/installed" -name liboz.so)")
+
+# expect_lines WHAT EXPECTED FOUND
+expect_lines()
+{
+  if [ "$2" != "$3" ]; then
+    echo "$1, expected (<) and found (>):" >&2
+    diff <(echo "$2") <(echo "$3") >&2
+    exit 1
+  fi
+}
+
+dynamic_entries()
+{
+  readelf -d "$1" | sed -n "s/.*($2).*\[\(.*\)\]/\1/p" | sort
+}
+
+# Functions and data, without what every translation unit has of the templates that it uses.
+foreign_exports()
+{
+  nm -DC --defined-only "$1" | sed -n 's/^[0-9a-f]* [TDBR] //p' | sed -E 's/^[a-zA-Z -]+ (for|to) //' |
+    grep -vE "^($2)" || true
+}
+
+major=$(sed -nE 's/^  VERSION ([0-9]+)\..*/\1/p' CMakeLists.txt)
+expect_lines "SONAME of the library" "liboz.so.$major" "$(dynamic_entries "$libraries/liboz.so" SONAME)"
+expect_lines "SONAME of the platform library" "libLumSysTS.so.$major" \
+  "$(dynamic_entries "$libraries/libLumSysTS.so" SONAME)"
+expect_lines "Libraries that are needed beyond the standard one" "libLumSysTS.so.$major" \
+  "$(for library in "$libraries"/lib{oz,LumSysTS}.so; do dynamic_entries "$library" NEEDED; done |
+    grep -vE '^(libstdc\+\+|libgcc_s|libm|libc|ld-linux-x86-64)\.so' | sort -u)"
+expect_lines "Foreign names that the library exports" "" \
+  "$(foreign_exports "$libraries/liboz.so" 'Oz|oz|dkb_|set_dkb_|time_start\(|time_end\(|ts_job_processor')"
+expect_lines "Foreign names that the platform library exports" "" "$(foreign_exports "$libraries/libLumSysTS.so" 'Lum')"
+echo "The libraries have their SONAME, need only the standard library and export only what is theirs"
 
 run_client()
 {
