@@ -15,6 +15,7 @@
   OZ_DOCS_PACKAGES=(doxygen)
   OZ_PICTURE_PACKAGES=(graphviz)
   OZ_COVERAGE_PACKAGES=(gcovr)
+  OZ_MEMCHECK_PACKAGES=(valgrind)
 }
 
 oz_package_installed()
