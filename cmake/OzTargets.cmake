@@ -19,8 +19,9 @@ function(oz_compile_options target)
 
   # Paths in reports and debug information count from the source root, so that they are the same in
   # every checkout. The coverage tools have to find the sources and get full paths in their notes.
-  target_compile_options(${target} PRIVATE "-fmacro-prefix-map=${oz_SOURCE_DIR}/=")
-  if(NOT OZ_COVERAGE)
+  if(OZ_COVERAGE)
+    target_compile_options(${target} PRIVATE "-fmacro-prefix-map=${oz_SOURCE_DIR}/=")
+  else()
     target_compile_options(${target} PRIVATE "-ffile-prefix-map=${oz_SOURCE_DIR}/=")
   endif()
 
