@@ -1,0 +1,542 @@
+#include "ozobjdependency.h"
+
+#include "ozassert.h"
+#include "ozobjdependency_p.h"
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace
+{
+typedef OzIterator<OzDynObj const*> Objects;
+
+int count(Objects* objects)
+{
+  int n = 0;
+  if (objects != nullptr)
+    for (objects->reset(); !objects->done(); objects->next())
+      ++n;
+  return n;
+}
+
+/// The object under the cursor. A null or empty set of objects stands for the null object.
+OzDynObj const* current_or_null(Objects const* objects, bool& delivered)
+{
+  delivered = objects != nullptr && !objects->done();
+  return delivered ? objects->current() : nullptr;
+}
+
+bool has_repetition(Objects* objects)
+{
+  if (objects == nullptr)
+    return false;
+
+  OzAddressSet<OzDynObj const*> seen;
+  for (objects->reset(); !objects->done(); objects->next())
+    if (!seen.insert(objects->current()))
+      return true;
+  return false;
+}
+
+std::unique_ptr<OzObjDepLink> make_link(OzObjectDependency::Type type, int const* target_qualifier,
+                                        OzObjectDependencyRole const* role, int separator)
+{
+  auto link = std::make_unique<OzObjDepLink>();
+  link->dependency_type = type;
+  link->has_target_qualifier = target_qualifier != nullptr;
+  if (target_qualifier != nullptr)
+    link->target_qualifier = *target_qualifier;
+  link->separator = separator;
+  if (role != nullptr)
+  {
+    OzDynObj* const clone = role->clone();
+    link->role = OzObjectDependencyRole::cast(clone);
+    if (link->role == nullptr)
+      delete clone;
+  }
+  return link;
+}
+} // namespace
+
+OzObjDependency::OzObjDependency() = default;
+OzObjDependency::OzObjDependency(OzObjDependency const&) = default;
+OzObjDependency& OzObjDependency::operator=(OzObjDependency const&) = default;
+
+OzObjDependency::~OzObjDependency()
+{
+  for (auto const& entry : object_node_map)
+    delete entry.value;
+}
+
+bool OzObjDependency::record_dependency(OzDynObj const* source, OzDynObj const* target, Type type,
+                                        int const* target_qualifier, OzObjectDependencyRole const* role)
+{
+  if (!check_dependency(source != nullptr ? 1 : 0, target != nullptr ? 1 : 0, type))
+    return false;
+  if (type == TRANSFER)
+    return true;
+
+  bool const is_new = check_dependency_pair(source, target);
+  OZ_ASSERT(is_new);
+  if (!is_new)
+    return false;
+
+  int inherited = 0;
+  if (absorption_inherits && target_qualifier == nullptr && type == ABSORPTION &&
+      have_direct_sources_same_target_qualifier(source, inherited))
+    target_qualifier = &inherited;
+
+  add_dependency_pair(source, target, type, target_qualifier, role);
+  return true;
+}
+
+bool OzObjDependency::record_dependency(Objects* sources, Objects* targets, Type type,
+                                        int const* target_qualifier, OzObjectDependencyRole const* role)
+{
+  if (!check_dependency(count(sources), count(targets), type))
+    return false;
+  if (type == TRANSFER)
+    return true;
+
+  bool ok = true;
+  check_or_add_dependency(true, sources, targets, type, target_qualifier, role, &ok);
+  OZ_ASSERT(ok);
+  if (!ok)
+    return false;
+
+  int inherited = 0;
+  if (absorption_inherits && target_qualifier == nullptr && type == ABSORPTION &&
+      have_direct_sources_same_target_qualifier(sources, inherited))
+    target_qualifier = &inherited;
+
+  check_or_add_dependency(false, sources, targets, type, target_qualifier, role, nullptr);
+  return true;
+}
+
+bool OzObjDependency::absorption_inherits_target_qualifier() const
+{
+  return absorption_inherits;
+}
+
+void OzObjDependency::set_absorption_inherits_target_qualifier(bool inherits)
+{
+  absorption_inherits = inherits;
+}
+
+bool OzObjDependency::consider_split_modificational() const
+{
+  return split_modificational;
+}
+
+void OzObjDependency::set_consider_split_modificational(bool modificational)
+{
+  split_modificational = modificational;
+}
+
+bool OzObjDependency::get_source_objects(OzDynObj const* object, OzAutoPtr<Objects>& result,
+                                         OzObjectDependencyFilter* filter, bool* filtered_out) const
+{
+  if (filtered_out != nullptr)
+    *filtered_out = false;
+
+  bool reached_null = false;
+  OzArray<OzDynObj const*> objects;
+  if (object == nullptr)
+  {
+    for (OzObjDepNode const* root : roots)
+      if (root != nullptr && root->object != nullptr)
+        objects.append(root->object);
+  }
+  else if (OzObjDepNode const* const node = object_node_map.value(object))
+  {
+    collect_sources(node, objects, filter, filtered_out, reached_null);
+  }
+
+  bool const found = objects.size() != 0 || reached_null;
+  result = new OzDynObjArrayIterator(std::move(objects));
+  return found;
+}
+
+bool OzObjDependency::get_target_objects(OzDynObj const* object, OzAutoPtr<Objects>& result,
+                                         OzObjectDependencyFilter* filter, bool* filtered_out) const
+{
+  if (filtered_out != nullptr)
+    *filtered_out = false;
+
+  OzArray<OzDynObj const*> objects;
+  if (object == nullptr)
+  {
+    for (OzObjDepNode const* leaf : leaves)
+      if (leaf != nullptr && leaf->object != nullptr)
+        objects.append(leaf->object);
+  }
+  else if (OzObjDepNode const* const node = object_node_map.value(object))
+  {
+    collect_targets(node, objects, filter, filtered_out);
+  }
+
+  bool const found = objects.size() != 0;
+  result = new OzDynObjArrayIterator(std::move(objects));
+  return found;
+}
+
+bool OzObjDependency::remove_source_object(OzDynObj const*, bool)
+{
+  OZ_ASSERT(false);
+  return false;
+}
+
+bool OzObjDependency::remove_target_object(OzDynObj const*, bool)
+{
+  OZ_ASSERT(false);
+  return false;
+}
+
+int OzObjDependency::new_separator()
+{
+  return ++current_separator;
+}
+
+bool OzObjDependency::has_direct_source(OzDynObj const* object) const
+{
+  OzObjDepNode const* const node = object != nullptr ? object_node_map.value(object) : nullptr;
+  if (node == nullptr)
+    return false;
+
+  for (OzObjDepLink const* link : node->source_links)
+    if (link->node->object != nullptr)
+      return true;
+  return false;
+}
+
+bool OzObjDependency::check_dependency(int sources, int targets, Type type)
+{
+  switch (type)
+  {
+  case TRANSFER:
+  case DELETION:
+    return sources >= 1 && targets == 0;
+  case CREATION:
+  case ABSORPTION:
+    return sources >= 0 && targets == 1;
+  case MODIFICATION:
+  case CONVERSION:
+    return sources == 1 && targets == 1;
+  case SPLIT:
+  case CONTAINMENT:
+    return sources == 1 && targets >= 2;
+  case UNSPECIFIED:
+    break;
+  }
+  return false;
+}
+
+bool OzObjDependency::check_dependency_pair(OzDynObj const* source, OzDynObj const* target) const
+{
+  OzObjDepNode const* const source_side = object_node_map.value(source);
+  OzObjDepNode* const target_side = object_node_map.value(target);
+  return source_side == nullptr || target_side == nullptr ||
+         !source_side->target_link_map.contains(target_side);
+}
+
+void OzObjDependency::check_or_add_dependency(bool check, Objects* sources, Objects* targets, Type type,
+                                              int const* target_qualifier, OzObjectDependencyRole const* role,
+                                              bool* ok)
+{
+  bool all_ok = true;
+  bool delivered = false;
+
+  if (sources != nullptr)
+    sources->reset();
+  do
+  {
+    OzDynObj const* const source = current_or_null(sources, delivered);
+    if (check && delivered && source == nullptr)
+      all_ok = false;
+
+    if (targets != nullptr)
+      targets->reset();
+    do
+    {
+      OzDynObj const* const target = current_or_null(targets, delivered);
+      if (check && delivered && target == nullptr)
+        all_ok = false;
+
+      if (!check)
+        add_dependency_pair(source, target, type, target_qualifier, role);
+      else if (!check_dependency_pair(source, target))
+        all_ok = false;
+
+      if (targets != nullptr)
+        targets->next();
+    } while (targets != nullptr && !targets->done() && all_ok);
+
+    if (sources != nullptr)
+      sources->next();
+  } while (sources != nullptr && !sources->done() && all_ok);
+
+  if (!check)
+    return;
+
+  // An object may well stand on both sides: that is for validation to judge.
+  all_ok = all_ok && !has_repetition(sources) && !has_repetition(targets);
+  if (ok != nullptr)
+    *ok = all_ok;
+}
+
+void OzObjDependency::add_dependency_pair(OzDynObj const* source, OzDynObj const* target, Type type,
+                                          int const* target_qualifier, OzObjectDependencyRole const* role)
+{
+  if (type == TRANSFER)
+    return;
+
+  // The records come first: a role that cannot be cloned leaves the graph as it was.
+  auto backward = make_link(type, target_qualifier, role, current_separator);
+  auto forward = make_link(type, target_qualifier, role, current_separator);
+
+  OzObjDepNode* const n1 = source_node(source, type);
+  OzObjDepNode* const n2 = target_node(target, type);
+  backward->node = n1;
+  forward->node = n2;
+  n1->add_target_link(forward.release());
+  n2->add_source_link(backward.release());
+}
+
+OzObjDepNode* OzObjDependency::source_node(OzDynObj const* object, Type type)
+{
+  OzObjDepNode* const known = object_node_map.value(object);
+  if (known == nullptr)
+  {
+    auto made = std::make_unique<OzObjDepNode>(object);
+    object_node_map.insert(object, made.get());
+    OzObjDepNode* const node = made.release();
+    roots.insert(node);
+    return node;
+  }
+
+  if (object == nullptr)
+  {
+    OZ_ASSERT(type == CREATION);
+    roots.insert(known);
+  }
+  else
+  {
+    leaves.erase(known);
+  }
+  return known;
+}
+
+OzObjDepNode* OzObjDependency::target_node(OzDynObj const* object, Type type)
+{
+  OzObjDepNode* const known = object_node_map.value(object);
+  if (known == nullptr)
+  {
+    auto made = std::make_unique<OzObjDepNode>(object);
+    object_node_map.insert(object, made.get());
+    OzObjDepNode* const node = made.release();
+    leaves.insert(node);
+    return node;
+  }
+
+  if (object == nullptr)
+  {
+    OZ_ASSERT(type == DELETION);
+    leaves.insert(known);
+  }
+  else
+  {
+    roots.erase(known);
+  }
+  return known;
+}
+
+bool OzObjDependency::have_direct_sources_same_target_qualifier(OzDynObj const* object, int& qualifier) const
+{
+  OzObjDepNode const* const node = object_node_map.value(object);
+  if (node == nullptr || node->source_links.empty())
+    return false;
+
+  OzObjDepLink const* const reference = *node->source_links.begin();
+  for (OzObjDepLink const* link : node->source_links)
+    if (!link->has_target_qualifier || link->target_qualifier != reference->target_qualifier)
+      return false;
+
+  qualifier = reference->target_qualifier;
+  return true;
+}
+
+bool OzObjDependency::have_direct_sources_same_target_qualifier(Objects* objects, int& qualifier) const
+{
+  if (objects == nullptr)
+    return false;
+  objects->reset();
+  if (objects->done())
+    return false;
+
+  int common = 0;
+  if (!have_direct_sources_same_target_qualifier(objects->current(), common))
+    return false;
+  for (objects->next(); !objects->done(); objects->next())
+  {
+    int other = 0;
+    if (!have_direct_sources_same_target_qualifier(objects->current(), other) || other != common)
+      return false;
+  }
+
+  qualifier = common;
+  return true;
+}
+
+namespace
+{
+/// A node on the path from the start of a walk, and how far the walk has come among its links.
+struct Turn
+{
+  OzObjDepNode const* node;
+  OzObjDepLinkSet::const_iterator next;
+  OzObjDepLinkSet::const_iterator end;
+};
+
+/// Walks all paths from `start`, depth first, along the links that `Side` names, and shows it each node at
+/// which a path ends. The path is kept here rather than on the machine's stack: a history may be deeper
+/// than a thread's stack allows. Nothing remembers what was visited before.
+template <class Side>
+void walk(Side& side, OzObjDepNode const* start, OzObjectDependencyFilter* filter, bool* filtered_out)
+{
+  std::vector<Turn> path;
+  if (side.ends_at(*start))
+    return;
+  path.push_back({start, side.links(*start).begin(), side.links(*start).end()});
+
+  while (!path.empty())
+  {
+    Turn& turn = path.back();
+    if (turn.next == turn.end)
+    {
+      path.pop_back();
+      continue;
+    }
+
+    OzObjDepLink const* const link = *turn.next;
+    ++turn.next;
+    // Dumps walk damaged graphs too.
+    if (link == nullptr || link->node == nullptr)
+      continue;
+    if (filter != nullptr && !side.accepts(*filter, *turn.node, *link))
+    {
+      if (filtered_out != nullptr)
+        *filtered_out = true;
+      continue;
+    }
+    if (!side.ends_at(*link->node))
+      path.push_back({link->node, side.links(*link->node).begin(), side.links(*link->node).end()});
+  }
+}
+
+class SourceSide
+{
+public:
+  SourceSide(OzArray<OzDynObj const*>& objects_to_fill, bool& reached_null_to_set)
+    : objects(objects_to_fill)
+    , reached_null(reached_null_to_set)
+  {
+  }
+
+  static OzObjDepLinkSet const& links(OzObjDepNode const& node) { return node.source_links; }
+
+  static bool accepts(OzObjectDependencyFilter& filter, OzObjDepNode const& node, OzObjDepLink const& link)
+  {
+    return filter.accept(link.node->object, node.object, link.dependency_type, link.separator,
+                         link.qualifier(), link.role);
+  }
+
+  bool ends_at(OzObjDepNode const& node)
+  {
+    if (node.object == nullptr)
+    {
+      reached_null = true;
+      return true;
+    }
+    if (!node.source_links.empty())
+      return false;
+    objects.append(node.object);
+    return true;
+  }
+
+private:
+  OzArray<OzDynObj const*>& objects;
+  bool& reached_null;
+};
+
+class TargetSide
+{
+public:
+  explicit TargetSide(OzArray<OzDynObj const*>& objects_to_fill)
+    : objects(objects_to_fill)
+  {
+  }
+
+  static OzObjDepLinkSet const& links(OzObjDepNode const& node) { return node.target_links; }
+
+  static bool accepts(OzObjectDependencyFilter& filter, OzObjDepNode const& node, OzObjDepLink const& link)
+  {
+    return filter.accept(node.object, link.node->object, link.dependency_type, link.separator,
+                         link.qualifier(), link.role);
+  }
+
+  // Unlike a path from nothing, one into nothing leaves no mark: what was deleted became nothing, and that
+  // is no answer to the question what it became.
+  bool ends_at(OzObjDepNode const& node)
+  {
+    if (node.object == nullptr)
+      return true;
+    if (!node.target_links.empty())
+      return false;
+    objects.append(node.object);
+    return true;
+  }
+
+private:
+  OzArray<OzDynObj const*>& objects;
+};
+
+/// Takes `link` out of a set of links and of the map beside it. The link is not read before it is known to
+/// be in the set: it may have been deleted.
+bool remove_link(OzObjDepLinkSet& links, OzObjDepLinkMap& map, OzObjDepLink*& link)
+{
+  if (link == nullptr || !links.erase(link))
+    return false;
+
+  bool const was_in_map = map.erase(link->node);
+  OZ_ASSERT(was_in_map);
+  delete link;
+  link = nullptr;
+  return true;
+}
+} // namespace
+
+void OzObjDependency::collect_sources(OzObjDepNode const* node, OzArray<OzDynObj const*>& objects,
+                                      OzObjectDependencyFilter* filter, bool* filtered_out,
+                                      bool& reached_null)
+{
+  SourceSide side(objects, reached_null);
+  walk(side, node, filter, filtered_out);
+}
+
+void OzObjDependency::collect_targets(OzObjDepNode const* node, OzArray<OzDynObj const*>& objects,
+                                      OzObjectDependencyFilter* filter, bool* filtered_out)
+{
+  TargetSide side(objects);
+  walk(side, node, filter, filtered_out);
+}
+
+bool OzObjDependency::remove_source_link(OzObjDepNode* node, OzObjDepLink*& link)
+{
+  return remove_link(node->source_links, node->source_link_map, link);
+}
+
+bool OzObjDependency::remove_target_link(OzObjDepNode* node, OzObjDepLink*& link)
+{
+  return remove_link(node->target_links, node->target_link_map, link);
+}

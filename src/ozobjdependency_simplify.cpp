@@ -1,0 +1,3 @@
+#include "ozobjdependency.h"
+
+void OzObjDependency::simplify_it() {}

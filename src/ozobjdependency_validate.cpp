@@ -1,0 +1,6 @@
+#include "ozobjdependency.h"
+
+bool OzObjDependency::is_valid(OzJournal*) const
+{
+  return true;
+}
