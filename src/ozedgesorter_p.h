@@ -30,9 +30,6 @@ public:
   /// Turns the direction of the whole chain.
   void reverse();
 
-  /// Adds the links of `other` behind one's own and takes over its end, open or closed.
-  void append(OzEdgeChain const& other);
-
   void debug(OzJournal& journal, OzDebug level, int indent) const;
 
   OzArray<int> edges;
