@@ -44,9 +44,10 @@ public:
   OzArray& operator=(OzArray const& other);
   virtual ~OzArray();
 
-  /// Sets the number of elements. Shrinking keeps the storage and sets the slots given up to T(). Growing
-  /// beyond the capacity reallocates, and then the contents are kept only if `keep` is true. Within the
-  /// capacity the contents stay whatever `keep` is: a caller who wants cleared slots shrinks first.
+  /// Sets the number of elements. Shrinking keeps the capacity and sets the slots given up to T(); elements
+  /// stay where they are, except those of a type that can neither be copied nor moved without throwing.
+  /// Growing beyond the capacity reallocates, and then the contents are kept only if `keep` is true. Within
+  /// the capacity they stay whatever `keep` is: a caller who wants cleared slots shrinks first.
   virtual void resize(std::uint64_t n, bool keep);
 
   /// Reallocates to exactly `n` slots, also if that is what there is. With `keep` false all elements become
@@ -63,11 +64,12 @@ public:
   /// Element 0. Reports an array without storage, and then reads it all the same.
   T& first();
   T const& first() const;
-  /// Element size() - 1. Reports an array without storage, and then reads it all the same.
+  /// Element size() - 1. Reports an array without storage, and then reads it all the same. An empty array
+  /// with storage has no last element either, but that is not noticed.
   T& last();
   T const& last() const;
 
-  /// Adds an element at the end, which may be a copy of one of the array's own.
+  /// Adds a copy of `value` at the end; `value` may be one of the array's own elements.
   void append(T const& value);
 
   /// Takes the last element off and sets its slot to T(), so that no pointer is left behind in it. An empty

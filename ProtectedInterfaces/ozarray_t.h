@@ -49,6 +49,16 @@ inline void* checked(void* storage)
   return storage;
 }
 
+// A block of zero bytes. Large ones come from calloc, which knows that fresh pages are zero; it does not look
+// among the small blocks that were freed last, which malloc finds first of all.
+inline void* zeroed_block(std::uint64_t bytes)
+{
+  constexpr std::uint64_t large = 1024;
+  if (bytes >= large)
+    return checked(std::calloc(bytes, 1));
+  return std::memset(checked(std::malloc(bytes)), 0, bytes);
+}
+
 /// A block of slots under construction. It is filled from its upper end downwards, so that the part that
 /// holds live elements is always one run up to the end, and destroys that run unless it is released.
 template <class T>
@@ -184,7 +194,7 @@ void OzArray<T, A>::replace_block(std::uint64_t n, std::uint64_t kept, T const* 
     std::uint64_t const filled = kept + (added != nullptr ? 1 : 0);
     if (n == 0 || kept == 0)
     {
-      void* const block = n == 0 ? nullptr : oz_array_detail::checked(std::calloc(n, sizeof(T)));
+      void* const block = n == 0 ? nullptr : oz_array_detail::zeroed_block(n * sizeof(T));
       take_over(static_cast<T*>(block), n);
     }
     else
@@ -248,9 +258,12 @@ void OzArray<T, A>::clear_slots(std::uint64_t from, std::uint64_t to)
   }
   else
   {
-    // A slot that was destroyed might not be built again, so the element that is there is overwritten.
-    T const blank = T();
-    std::fill(data + from, data + to, blank);
+    // A slot that was destroyed might not be built again. One element is overwritten as it is; several
+    // could be left half done, so the array moves to a block in which they are blank from the start.
+    if (to - from == 1)
+      data[from] = T();
+    else
+      replace_block(capacity, from, nullptr);
   }
 }
 
