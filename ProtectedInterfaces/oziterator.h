@@ -52,7 +52,7 @@ public:
   void reset() override { index = 0; }
   T const& current() const override { return (*array)[index]; }
 
-private:
+protected:
   OzArray<T> const* array; // not owned, may be null
   std::uint64_t index = 0;
 };

@@ -10,7 +10,8 @@
 /// Ownership: the matrix owns its elements.
 /// Threads: one at a time.
 /// Reports: a row and a column out of range, each for itself; the access is then made all the same.
-/// Failure: an impossible shape, or no memory, is std::bad_alloc, and the matrix is as it was.
+/// Failure: an impossible shape, or no memory, is std::bad_alloc, and what an element's copy throws passes
+/// through; in both cases the matrix is as it was.
 template <class T>
 class OZ_EXPORT OzMatrix
 {
@@ -18,7 +19,7 @@ public:
   OzMatrix() = default;
   OzMatrix(std::uint64_t rows, std::uint64_t columns);
   OzMatrix(OzMatrix const& other) = default;
-  OzMatrix& operator=(OzMatrix const& other) = default;
+  OzMatrix& operator=(OzMatrix const& other);
   virtual ~OzMatrix() = default;
 
   T& operator()(std::uint64_t row, std::uint64_t column);
@@ -28,7 +29,7 @@ public:
   std::uint64_t columns() const { return columns_; }
 
   /// Changes the shape. An element keeps its row and column, and what comes in is T().
-  /// Cost: a copy of the old cells, and a write of each new one.
+  /// Cost: the new cells are made beside the old ones and then copied over them.
   void resize(std::uint64_t new_rows, std::uint64_t new_columns);
 
 protected:
