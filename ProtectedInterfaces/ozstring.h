@@ -17,7 +17,8 @@
 /// What as_c_string() hands out is that buffer, valid until the string is changed next.
 /// Threads: one string is for one thread at a time; different strings are independent.
 /// Reports: an index out of range, and then the access is made all the same; a string without even a
-/// terminator, which no constructor makes; a `format` that fills its size.
+/// terminator, which no constructor makes; a `format` that fills its size; a negative `set_size`, which
+/// then changes nothing.
 /// Cost: one allocation for each string, copies included; the capacity doubles, as that of OzArray.
 class OZ_EXPORT OzString
 {
@@ -85,16 +86,18 @@ public:
   OzString& append(OzString const& s);
   OzString& append(int value);
   OzString& append(unsigned int value);
-  /// Adds a number in the form of printf's `%.<precision>g` with `general` true, else `%.<precision>f`.
+  /// Adds a number in the form of printf's `%.<precision>g` with `general` true, else `%.<precision>f`; the
+  /// locale in force sets the decimal point.
   OzString& append(double value, int precision, bool general);
 
-  /// Replaces the text by what printf makes of `pattern` and the arguments. `size` is the room for it,
-  /// terminator included, and at least 1; a longer text is cut there. Reports if the text has `size` - 1
-  /// characters or more, even though one of exactly `size` - 1 fits.
+  /// Replaces the text by what printf makes of `pattern` and the arguments, none of which may lie in this
+  /// string. `size` is the room for it, terminator included, and at least 1; a longer text is cut there.
+  /// Reports if the text has `size` - 1 characters or more, even though one of exactly `size` - 1 fits.
   OzString& format(int size, char const* pattern, ...) __attribute__((format(printf, 3, 4)));
 
   /// Sets the size of the array, terminator included, without writing a terminator. The text is always
-  /// kept, whatever `keep` is.
+  /// kept, whatever `keep` is. A string that was made shorter than its text needs a terminator before it is
+  /// compared, searched or printed; `append` and assignment do without.
   void resize(std::uint64_t n, bool keep);
 
   /// Sets length() to `n`, which must not be negative. With `keep` true a longer text is filled up with
@@ -114,6 +117,8 @@ protected:
   OzArray<char, OzAllocator<char>> chars; // its size counts the terminator
 
 private:
+  OzString(char const* text, std::uint64_t count);
+  OzString& append_text(char const* text, std::uint64_t count, std::uint64_t growth);
   void int_to_as(int value, OzArray<char, OzAllocator<char>>& out, int width, char pad);
 };
 

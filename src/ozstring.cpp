@@ -29,14 +29,18 @@ OzString::OzString()
 }
 
 OzString::OzString(char const* text)
+  : OzString(text, text == nullptr ? 0 : std::strlen(text))
 {
-  std::uint64_t const size = text == nullptr ? EMPTY_SIZE : std::strlen(text) + 1;
+}
 
+OzString::OzString(char const* text, std::uint64_t count)
+{
   // The capacity that growing from an empty string gives, without the empty string's buffer.
+  std::uint64_t const size = count + 1;
   chars.reserve(size == EMPTY_SIZE ? EMPTY_SIZE : oz_grown_capacity(EMPTY_SIZE, size), true);
   chars.resize(size, true);
-  if (text != nullptr)
-    std::memcpy(chars.begin(), text, size);
+  if (count != 0)
+    std::memcpy(chars.begin(), text, count);
 }
 
 OzString::OzString(int value, int width, char pad)
@@ -153,15 +157,10 @@ bool OzString::operator>=(char const* other) const
 OzString& OzString::append(char const& c)
 {
   char const added = c; // may be a character of this string, whose buffer is about to move
-  chars.resize(chars.size() + 1, true);
-  std::uint64_t const at = strnlen(chars.begin(), chars.size());
-  if (added == '\0')
-    return *this;
+  if (added != '\0')
+    return append_text(&added, 1, 1);
 
-  if (at + 2 > chars.size()) // after a resize the text can fill the array to its end
-    chars.resize(at + 2, true);
-  chars.begin()[at] = added;
-  chars.begin()[at + 1] = '\0';
+  chars.resize(chars.size() + 1, true);
   return *this;
 }
 
@@ -172,40 +171,47 @@ OzString& OzString::append(OzString const& s)
   if (this == &s)
     return append(OzString(s));
 
-  // The size grows by what `s` says of itself, its text may be shorter.
-  std::uint64_t const own = std::max(chars.size(), EMPTY_SIZE);
-  std::uint64_t const text = strnlen(s.chars.begin(), s.chars.size());
-  chars.resize(own - 1 + s.chars.size(), true);
+  return append_text(s.chars.begin(), strnlen(s.chars.begin(), s.chars.size()), s.chars.size() - 1);
+}
+
+OzString& OzString::append_text(char const* text, std::uint64_t count, std::uint64_t growth)
+{
+  chars.resize(std::max(chars.size(), EMPTY_SIZE) + growth, true);
   std::uint64_t const at = strnlen(chars.begin(), chars.size());
-  if (at + text + 1 > chars.size())
-    chars.resize(at + text + 1, true);
-  std::memcpy(chars.begin() + at, s.chars.begin(), text);
-  chars.begin()[at + text] = '\0';
+  if (at + count + 1 > chars.size()) // after a resize the text can fill the array to its end
+    chars.resize(at + count + 1, true);
+  std::memcpy(chars.begin() + at, text, count);
+  chars.begin()[at + count] = '\0';
   return *this;
 }
 
 OzString& OzString::append(int value)
 {
   char text[24];
-  std::snprintf(text, sizeof text, "%d", value);
-  return append(OzString(text));
+  int const count = std::snprintf(text, sizeof text, "%d", value);
+  return append_text(text, static_cast<std::uint64_t>(count), static_cast<std::uint64_t>(count));
 }
 
 OzString& OzString::append(unsigned int value)
 {
   char text[24];
-  std::snprintf(text, sizeof text, "%u", value);
-  return append(OzString(text));
+  int const count = std::snprintf(text, sizeof text, "%u", value);
+  return append_text(text, static_cast<std::uint64_t>(count), static_cast<std::uint64_t>(count));
 }
 
 OzString& OzString::append(double value, int precision, bool general)
 {
   char const* const pattern = general ? "%.*g" : "%.*f";
-  int const length = std::snprintf(nullptr, 0, pattern, precision, value);
-  OzString text;
-  text.chars.resize(static_cast<std::uint64_t>(std::max(length, 0)) + 1, true);
-  std::snprintf(text.chars.begin(), text.chars.size(), pattern, precision, value);
-  return append(text);
+  char text[64];
+  int const printed = std::snprintf(text, sizeof text, pattern, precision, value);
+  std::uint64_t const count = static_cast<std::uint64_t>(std::max(printed, 0));
+  if (count < sizeof text)
+    return append_text(text, count, count);
+
+  OzString long_text;
+  long_text.chars.resize(count + 1, true);
+  std::snprintf(long_text.chars.begin(), long_text.chars.size(), pattern, precision, value);
+  return append(long_text);
 }
 
 OzString& OzString::format(int size, char const* pattern, ...)
@@ -230,8 +236,12 @@ void OzString::resize(std::uint64_t n, bool)
 
 void OzString::set_size(int n, bool keep)
 {
+  OZ_ASSERT(n >= 0);
+  if (n < 0)
+    return;
+
   std::uint64_t const old_length = length();
-  std::uint64_t const new_length = static_cast<std::uint64_t>(static_cast<std::int64_t>(n));
+  std::uint64_t const new_length = static_cast<std::uint64_t>(n);
   chars.resize(new_length + 1, keep);
   chars.begin()[new_length] = '\0';
   if (keep && new_length > old_length)
@@ -263,16 +273,11 @@ int OzString::find(OzString const& pattern, std::uint64_t pos) const
 
 OzString OzString::substr(std::uint64_t pos, int len) const
 {
-  OzString part;
   if (pos >= length() || len == 0)
-    return part;
+    return OzString();
 
   std::uint64_t const wanted = len < 0 ? length() : std::min(length(), static_cast<std::uint64_t>(len));
-  std::uint64_t const count = std::min(wanted, length() - pos);
-  part.chars.resize(count + 1, false);
-  std::memcpy(part.chars.begin(), chars.begin() + pos, count);
-  part.chars.begin()[count] = '\0';
-  return part;
+  return OzString(chars.begin() + pos, std::min(wanted, length() - pos));
 }
 
 void OzString::int_to_as(int value, OzArray<char, OzAllocator<char>>& out, int width, char pad)
