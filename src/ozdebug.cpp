@@ -2,9 +2,9 @@
 
 namespace
 {
-// Kept in writable memory, though nothing in the library writes them.
-int bogus_int = 42424242;
-double bogus_double = 42424242242.42424;
+// Variables that are read at each call, although nothing in the library writes them: a debugger may.
+volatile int bogus_int = 42424242;
+volatile double bogus_double = 42424242242.42424;
 } // namespace
 
 int Oz_BogusInt()
