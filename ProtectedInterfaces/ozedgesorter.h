@@ -102,6 +102,9 @@ protected:
 private:
   OzEdgeChain const& chain(std::uint64_t index) const;
   void initialize();
+  void fill_table(OzArray<bool> const& closed);
+  void fill_lists(OzArray<bool> const& closed);
+  void add_neighbours(std::uint64_t p, std::uint64_t q, double gap);
   bool initialized() const;
   OzEdgeSorter* mp() const;
 

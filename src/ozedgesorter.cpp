@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <new>
 #include <utility>
-#include <vector>
 
 namespace
 {
@@ -115,8 +114,11 @@ void OzEdgeSorter::debug(OzJournal& journal, OzDebug level, int indent) const
 
 void OzEdgeSorter::sort(OzSortStrategy strategy, bool keep_order)
 {
+  bool const sorted_before = initialized();
   initialize();
   OzEdgeSorting sorting(chains, gaps, neighbours, neighbour_gaps, redefine_start);
+  if (sorted_before)
+    sorting.keep_first_entries();
   switch (strategy)
   {
   case OzSortGrowChains:
@@ -209,47 +211,86 @@ void OzEdgeSorter::initialize()
   for (std::uint64_t e = 0; e < n_edges; ++e)
     chains[e] = new OzEdgeChain(static_cast<int>(e));
 
-  std::vector<bool> closed(n_edges);
+  OzArray<bool> closed;
+  closed.resize(n_edges, false);
   for (std::uint64_t e = 0; e < n_edges; ++e)
   {
     double const g = edge_gap(e, e, true, false);
     closed[e] = g >= 0.0 && g <= CLOSED_EDGE_BOUND;
   }
 
-  for (std::uint64_t column = 0; column < gaps.columns(); ++column)
-  {
-    for (std::uint64_t row = 0; row < gaps.rows(); ++row)
-      gaps(row, column) = NO_GAP;
-  }
+  if (dense)
+    fill_table(closed);
+  else
+    fill_lists(closed);
+}
 
-  for (std::uint64_t i = 0; i < n_edges; ++i)
+// Asks for the half of the table in which the row belongs to the lower edge, column by column as it is stored,
+// and copies it to the other half strip by strip, while it is still at hand. Every cell is written.
+void OzEdgeSorter::fill_table(OzArray<bool> const& closed)
+{
+  constexpr std::uint64_t strip = 32; // columns, an even number
+  std::uint64_t const n = gaps.rows();
+  double* const cells = &gaps(0, 0);
+  bool const* const apart = closed.begin();
+  for (std::uint64_t column = 0; column < n; column += 2)
   {
-    for (std::uint64_t j = 0; j < i && !closed[i]; ++j)
+    double* const starts = cells + column * n;
+    double* const ends = starts + n;
+    std::uint64_t const i = column / 2;
+    for (std::uint64_t j = 0; j < i; ++j)
     {
-      if (closed[j])
-        continue;
-      for (std::uint64_t end = 0; end < 4; ++end)
-      {
-        std::uint64_t const a = end / 2;
-        std::uint64_t const b = end % 2;
-        std::uint64_t const point_a = 2 * i + a;
-        std::uint64_t const point_b = 2 * j + b;
-        double const g = edge_gap(i, j, a == 0, b == 0);
-        if (dense)
-        {
-          gaps(point_a, point_b) = g;
-          gaps(point_b, point_a) = g;
-        }
-        else if (g >= 0.0)
-        {
-          neighbours[point_a].append(static_cast<int>(point_b));
-          neighbours[point_b].append(static_cast<int>(point_a));
-          neighbour_gaps[point_a].append(g);
-          neighbour_gaps[point_b].append(g);
-        }
-      }
+      bool const joinable = !apart[i] && !apart[j];
+      starts[2 * j] = joinable ? edge_gap(i, j, true, true) : NO_GAP;
+      starts[2 * j + 1] = joinable ? edge_gap(i, j, true, false) : NO_GAP;
+      ends[2 * j] = joinable ? edge_gap(i, j, false, true) : NO_GAP;
+      ends[2 * j + 1] = joinable ? edge_gap(i, j, false, false) : NO_GAP;
+    }
+    std::fill(starts + column, starts + column + 2, NO_GAP);
+    std::fill(ends + column, ends + column + 2, NO_GAP);
+
+    std::uint64_t const next = column + 2;
+    if (next % strip != 0 && next != n)
+      continue;
+    std::uint64_t const first = column / strip * strip;
+    for (std::uint64_t row = 0; row < next; ++row)
+    {
+      for (std::uint64_t copied = std::max(first, row + 1); copied < next; ++copied)
+        cells[row * n + copied] = cells[copied * n + row];
     }
   }
+}
+
+void OzEdgeSorter::fill_lists(OzArray<bool> const& closed)
+{
+  bool const* const apart = closed.begin();
+  auto const note = [this](std::uint64_t p, std::uint64_t q, double gap)
+  {
+    if (gap >= 0.0)
+      add_neighbours(p, q, gap);
+  };
+  for (std::uint64_t i = 0; i < closed.size(); ++i)
+  {
+    if (apart[i])
+      continue;
+    for (std::uint64_t j = 0; j < i; ++j)
+    {
+      if (apart[j])
+        continue;
+      note(2 * i, 2 * j, edge_gap(i, j, true, true));
+      note(2 * i, 2 * j + 1, edge_gap(i, j, true, false));
+      note(2 * i + 1, 2 * j, edge_gap(i, j, false, true));
+      note(2 * i + 1, 2 * j + 1, edge_gap(i, j, false, false));
+    }
+  }
+}
+
+void OzEdgeSorter::add_neighbours(std::uint64_t p, std::uint64_t q, double gap)
+{
+  neighbours[p].append(static_cast<int>(q));
+  neighbours[q].append(static_cast<int>(p));
+  neighbour_gaps[p].append(gap);
+  neighbour_gaps[q].append(gap);
 }
 
 bool OzEdgeSorter::initialized() const

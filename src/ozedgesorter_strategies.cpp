@@ -225,7 +225,32 @@ OzEdgeSorting::OzEdgeSorting(OzArray<OzEdgeChain*>& chains_to_join, OzMatrix<dou
     ends[at(p)] = {NONE, p / 2, p % 2};
     free_ends[at(p)] = p;
   }
-  keep_first_entries();
+}
+
+void OzEdgeSorting::keep_first_entries()
+{
+  if (dense())
+    return;
+
+  first_neighbours.resize(ends.size(), true);
+  first_neighbour_gaps.resize(ends.size(), true);
+  std::vector<int> seen_by(ends.size(), NONE);
+  for (int p = 0; p < n_points(); ++p)
+  {
+    double const* g = (*neighbour_gaps)[at(p)].begin();
+    for (int const q : (*neighbours)[at(p)])
+    {
+      if (seen_by[at(q)] != p)
+      {
+        first_neighbours[at(p)].append(q);
+        first_neighbour_gaps[at(p)].append(*g);
+      }
+      seen_by[at(q)] = p;
+      ++g;
+    }
+  }
+  neighbours = &first_neighbours;
+  neighbour_gaps = &first_neighbour_gaps;
 }
 
 void OzEdgeSorting::closest_first()
@@ -355,6 +380,15 @@ double OzEdgeSorting::gap(int p, int q) const
   return hit == list.end() ? NO_GAP : (*neighbour_gaps)[at(p)].begin()[hit - list.begin()];
 }
 
+bool OzEdgeSorting::has_neighbour(int p) const
+{
+  if (!dense())
+    return (*neighbours)[at(p)].size() != 0;
+
+  double const* const column = &gaps(0, at(p));
+  return std::any_of(column, column + n_points(), [](double g) { return g >= 0.0; });
+}
+
 // Visits the end points that may join `p`, with their gaps, which are 0 or more.
 template <class Visit>
 void OzEdgeSorting::each_neighbour(int p, Visit visit) const
@@ -456,9 +490,7 @@ void OzEdgeSorting::close_lonely_ends()
 {
   for (int p = 0; p < n_points(); ++p)
   {
-    bool lonely = true;
-    each_neighbour(p, [&](int, double) { lonely = false; });
-    if (lonely)
+    if (!has_neighbour(p))
       close(p);
   }
 }
@@ -551,48 +583,6 @@ int OzEdgeSorting::first_fitting_end(int p) const
                      first = q;
                  });
   return first;
-}
-
-// The lists of the sparse form grow with each sort, and of several entries for one end point the first counts.
-// Copies without the others are made if there are any.
-void OzEdgeSorting::keep_first_entries()
-{
-  if (dense())
-    return;
-
-  std::vector<int> seen_by(ends.size(), NONE);
-  for (int p = 0; p < n_points(); ++p)
-  {
-    for (int const q : (*neighbours)[at(p)])
-    {
-      if (seen_by[at(q)] == p && first_neighbours.size() == 0)
-      {
-        first_neighbours.resize(ends.size(), true);
-        first_neighbour_gaps.resize(ends.size(), true);
-      }
-      seen_by[at(q)] = p;
-    }
-  }
-  if (first_neighbours.size() == 0)
-    return;
-
-  std::fill(seen_by.begin(), seen_by.end(), NONE);
-  for (int p = 0; p < n_points(); ++p)
-  {
-    double const* g = (*neighbour_gaps)[at(p)].begin();
-    for (int const q : (*neighbours)[at(p)])
-    {
-      if (seen_by[at(q)] != p)
-      {
-        first_neighbours.begin()[p].append(q);
-        first_neighbour_gaps.begin()[p].append(*g);
-      }
-      seen_by[at(q)] = p;
-      ++g;
-    }
-  }
-  neighbours = &first_neighbours;
-  neighbour_gaps = &first_neighbour_gaps;
 }
 
 // Leaves a chain for each key that was not absorbed, in the order of keys.

@@ -29,6 +29,10 @@ public:
                 OzArray<OzArray<int>> const& neighbours, OzArray<OzArray<double>> const& neighbour_gaps,
                 bool redefine_start);
 
+  /// Wanted if the lists of the sparse form are those of several sorts: of several entries for one end point
+  /// the first alone counts.
+  void keep_first_entries();
+
   void closest_first();
   void grow_chains();
   void sequential();
@@ -67,6 +71,7 @@ private:
 
   bool dense() const { return gaps.rows() != 0; }
   double gap(int p, int q) const;
+  bool has_neighbour(int p) const;
   template <class Visit>
   void each_neighbour(int p, Visit visit) const;
   template <class Visit>
@@ -85,7 +90,6 @@ private:
   Partner lowest_partner(int key, int below) const;
   Partner first_exact_or_closest(int outer, int inner) const;
   int first_fitting_end(int p) const;
-  void keep_first_entries();
   void write_chains();
   void write_chain(int key, std::vector<int>& path);
   bool closed(OzEdgeChain const& chain) const;
