@@ -2,7 +2,7 @@
 
 #include "ozedgesorter.h"
 #include "ozedgesorter_p.h"
-#include "ozfilejournal.h"
+#include "ozjournal.h"
 
 #include <gtest/gtest.h>
 
@@ -21,15 +21,44 @@
 
 namespace
 {
-// Lets the comparison see the chains themselves: whether an end is closed shows nowhere outside, and decides
-// which chains count as rings.
-template <auto Member>
+// Lets the tests see what shows nowhere outside: whether an end is closed, which decides what counts as a ring,
+// and how long the lists are.
+template <class Name, auto Member>
 struct Reach
 {
-  friend auto chains_member(OzEdgeSorter*) { return Member; }
+  friend auto member(Name) { return Member; }
 };
-auto chains_member(OzEdgeSorter*);
-template struct Reach<&OzEdgeSorter::chains>;
+
+struct Chains
+{
+};
+struct Neighbours
+{
+};
+struct NeighbourGaps
+{
+};
+struct Gaps
+{
+};
+struct Initialized
+{
+};
+struct Mp
+{
+};
+auto member(Chains);
+auto member(Neighbours);
+auto member(NeighbourGaps);
+auto member(Gaps);
+auto member(Initialized);
+auto member(Mp);
+template struct Reach<Chains, &OzEdgeSorter::chains>;
+template struct Reach<Neighbours, &OzEdgeSorter::neighbours>;
+template struct Reach<NeighbourGaps, &OzEdgeSorter::neighbour_gaps>;
+template struct Reach<Gaps, &OzEdgeSorter::gaps>;
+template struct Reach<Initialized, &OzEdgeSorter::initialized>;
+template struct Reach<Mp, &OzEdgeSorter::mp>;
 
 class MatrixSorter : public OzEdgeSorter
 {
@@ -51,7 +80,7 @@ public:
   std::vector<LiteralEdgeSorter::Chain> state()
   {
     std::vector<LiteralEdgeSorter::Chain> result;
-    OzArray<OzEdgeChain*> const& own = this->*chains_member(static_cast<OzEdgeSorter*>(nullptr));
+    OzArray<OzEdgeChain*> const& own = this->*member(Chains());
     for (OzEdgeChain const* chain : own)
       result.push_back({{chain->edges.begin(), chain->edges.end()},
                         {chain->orientations.begin(), chain->orientations.end()},
@@ -321,6 +350,120 @@ TEST(OzEdgeSorterModel, AgreesWhereNearlyAllEndsMayBeJoined)
       compare(setting, n_edges, {gaps}, "seed " + std::to_string(seed));
       if (HasFatalFailure())
         return;
+    }
+  }
+}
+
+/// The gaps of a ring of edges given as pairs of places.
+std::vector<double> ring_gaps(std::vector<std::pair<int, int>> const& edges)
+{
+  std::vector<int> places;
+  for (auto const& edge : edges)
+  {
+    places.push_back(edge.first);
+    places.push_back(edge.second);
+  }
+  std::vector<double> gaps;
+  for (int const p : places)
+  {
+    for (int const q : places)
+      gaps.push_back(p == q ? 0.0 : -1.0);
+  }
+  return gaps;
+}
+
+TEST(OzEdgeSorterModel, TheEndPointsOfARingFollowItsNewStart)
+{
+  for (bool const sparse : {false, true})
+  {
+    std::vector<double> const along = ring_gaps({{2, 3}, {0, 1}, {1, 2}, {3, 0}});
+    MatrixSorter forward(4, sparse, along);
+    forward.sort(OzEdgeSorter::OzSortClosestFirst, false);
+    EXPECT_EQ(in_words(forward.state()), "[6: 3 1 2 0 :1] ");
+    forward.set_redefine_start_of_closed_chains();
+    forward.sort(OzEdgeSorter::OzSortClosestFirst, false);
+    EXPECT_EQ(in_words(forward.state()), "[0: 0 3 1 2 :5] ");
+
+    std::vector<double> const against = ring_gaps({{1, 0}, {1, 2}, {2, 3}, {3, 0}});
+    MatrixSorter first_reversed(4, sparse, against);
+    first_reversed.set_redefine_start_of_closed_chains();
+    first_reversed.sort(OzEdgeSorter::OzSortClosestFirst, false);
+    EXPECT_EQ(in_words(first_reversed.state()), "[1: -0 1 2 3 :7] ");
+
+    std::vector<double> const last_reversed = ring_gaps({{0, 1}, {1, 2}, {2, 3}, {0, 3}});
+    MatrixSorter ring(4, sparse, last_reversed);
+    ring.set_redefine_start_of_closed_chains();
+    ring.sort(OzEdgeSorter::OzSortClosestFirst, false);
+    EXPECT_EQ(in_words(ring.state()), "[0: 0 1 2 -3 :6] ");
+  }
+}
+
+TEST(OzEdgeSorterModel, IsInitializedOnceThereAreChains)
+{
+  std::vector<double> const none;
+  MatrixSorter empty(0, false, none);
+  empty.sort(OzEdgeSorter::OzSortClosestFirst, false);
+  EXPECT_FALSE((empty.*member(Initialized()))());
+
+  std::vector<double> const one(4, -1.0);
+  MatrixSorter sorter(1, false, one);
+  EXPECT_FALSE((sorter.*member(Initialized()))());
+  sorter.sort(OzEdgeSorter::OzSortClosestFirst, false);
+  EXPECT_TRUE((sorter.*member(Initialized()))());
+  EXPECT_EQ((sorter.*member(Mp()))(), &sorter);
+}
+
+TEST(OzEdgeSorterModel, ListsHoldBothSidesOfAPairAndGrowWithEachSort)
+{
+  std::vector<double> const gaps = ring_gaps({{0, 1}, {1, 2}, {3, 4}});
+  MatrixSorter sorter(3, true, gaps);
+  for (std::uint64_t sorts = 1; sorts <= 3; ++sorts)
+  {
+    sorter.sort(OzEdgeSorter::OzSortFirstFit, true);
+
+    OzArray<OzArray<int>> const& neighbours = sorter.*member(Neighbours());
+    OzArray<OzArray<double>> const& neighbour_gaps = sorter.*member(NeighbourGaps());
+    std::uint64_t const sizes[] = {0, sorts, sorts, 0, 0, 0};
+    ASSERT_EQ(neighbours.size(), 6u);
+    ASSERT_EQ(neighbour_gaps.size(), 6u);
+    for (std::uint64_t p = 0; p < 6; ++p)
+    {
+      EXPECT_EQ(neighbours[p].size(), sizes[p]) << p;
+      EXPECT_EQ(neighbour_gaps[p].size(), sizes[p]) << p;
+    }
+    EXPECT_EQ(neighbours[1].last(), 2);
+    EXPECT_EQ(neighbours[2].last(), 1);
+    EXPECT_EQ((sorter.*member(Gaps())).rows(), 0u);
+  }
+}
+
+TEST(OzEdgeSorterModel, TheTableHoldsEachGapTwiceAndMinusOneElsewhere)
+{
+  // More columns than are copied at once, the second edge closed in itself, some gaps negative.
+  int const n_edges = 37;
+  std::size_t const n_points = 2 * static_cast<std::size_t>(n_edges);
+  std::vector<double> gaps(n_points * n_points);
+  for (std::size_t k = 0; k < gaps.size(); ++k)
+    gaps[k] = static_cast<double>(k % 1009) - 7.5;
+  for (std::size_t e = 0; e < n_points; e += 2)
+    gaps[e * n_points + e + 1] = e == 2 ? 0.0 : 1.0;
+  MatrixSorter sorter(n_edges, false, gaps);
+
+  for (int sorts = 0; sorts < 2; ++sorts)
+  {
+    sorter.sort(OzEdgeSorter::OzSortSequential, false);
+
+    OzMatrix<double> const& table = sorter.*member(Gaps());
+    ASSERT_EQ(table.rows(), n_points);
+    ASSERT_EQ(table.columns(), n_points);
+    for (std::size_t p = 0; p < n_points; ++p)
+    {
+      for (std::size_t q = 0; q < n_points; ++q)
+      {
+        bool const joinable = p / 2 != q / 2 && p / 2 != 1 && q / 2 != 1;
+        double const wanted = joinable ? gaps[std::max(p, q) * n_points + std::min(p, q)] : -1.0;
+        ASSERT_EQ(table(p, q), wanted) << p << " " << q;
+      }
     }
   }
 }
