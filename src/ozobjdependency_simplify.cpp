@@ -1,3 +1,677 @@
 #include "ozobjdependency.h"
 
-void OzObjDependency::simplify_it() {}
+#include "ozassert.h"
+#include "ozjournal.h"
+#include "ozobjdependency_p.h"
+
+#include <map>
+#include <memory>
+
+// Simplification takes the nodes between roots and leaves out, one at a time, and puts a direct dependency
+// in the place of each path through such a node. In all of this unit n2 is the node about to go, n1 one of
+// its sources, n3 one of its targets, and rn1 the root whose turn it is.
+
+/// What one phase of a step has decided and not yet done. The walk over n1's forward records must not meet
+/// changes of that set, so forward records wait here, both the new and the old ones, until commit_changes.
+/// Backward records of new links are in their place at once.
+struct OzObjDepSimplifyContext
+{
+  OzObjDepSimplifyContext(bool split_is_modificational, OzJournal* journal)
+    : split_modificational(split_is_modificational)
+    , trace(journal)
+  {
+  }
+
+  /// The forward record from `source` to `target` that waits to be entered, or null.
+  OzObjDepLink* new_link(OzObjDepNode const* source, OzObjDepNode const* target) const
+  {
+    for (std::uint64_t i = 0; i < new_links.size(); ++i)
+      if (new_link_sources[i] == source && new_links[i]->node == target)
+        return new_links[i];
+    return nullptr;
+  }
+
+  bool const split_modificational; // what becomes of a lone SPLIT
+  OzArray<OzObjDepNode*> new_link_sources;
+  OzArray<OzObjDepLink*> new_links; // beside new_link_sources: forward records to be entered there
+  OzArray<OzObjDepNode*> old_link_sources;
+  OzArray<OzObjDepLink*> old_links;     // beside old_link_sources: forward records to be dropped there
+  OzArray<OzObjDepNode*> removed_nodes; // without links, to be deleted
+  OzAddressSet<OzObjDepNode*> n2s_to_remove_later;
+  // From n1 to pairs of another intermediate node n2a and an n3: n1 and n3 have been settled by another path,
+  // and the one through n2a needs no link.
+  std::map<OzObjDepNode*, std::multimap<OzObjDepNode*, OzObjDepNode*>, std::less<OzObjDepNode*>>
+      triples_to_skip;
+  OzJournal* const trace; // not owned, may be null
+};
+
+namespace
+{
+typedef OzObjectDependency::Type Type;
+
+/// What composing two links gives, besides the separator of the second one. A role does not survive it.
+struct Composed
+{
+  Type type;
+  bool has_target_qualifier;
+  int target_qualifier;
+};
+
+int identity(OzObjDepNode const* node)
+{
+  return node != nullptr && node->object != nullptr ? node->object->identity() : 0;
+}
+
+/// Writes one line, if there is a trace.
+template <class... Pieces>
+void trace_line(OzJournal* trace, Pieces const&... pieces)
+{
+  if (trace != nullptr)
+    (*trace << ... << pieces) << ozEndExpr;
+}
+
+bool have_equal_qualifiers(OzObjDepLink const& link, bool has_target_qualifier, int target_qualifier)
+{
+  return link.has_target_qualifier == has_target_qualifier &&
+         (!has_target_qualifier || link.target_qualifier == target_qualifier);
+}
+
+/// A node's forward records, with those that wait to be entered behind the others.
+struct ForwardRecords
+{
+  ForwardRecords(OzObjDepSimplifyContext const& context, OzObjDepNode const* node)
+  {
+    for (OzObjDepLink* link : node->target_links)
+      links.append(link);
+    n_existing = links.size();
+    for (std::uint64_t i = 0; i < context.new_links.size(); ++i)
+      if (context.new_link_sources[i] == node)
+        links.append(context.new_links[i]);
+  }
+
+  OzArray<OzObjDepLink*> links;
+  std::uint64_t n_existing = 0;
+};
+
+std::uint64_t count_type(OzObjDepLinkSet const& links, Type type)
+{
+  std::uint64_t n = 0;
+  for (OzObjDepLink const* link : links)
+    if (link != nullptr && link->dependency_type == type)
+      ++n;
+  return n;
+}
+
+/// Retypes all of a node's forward records of type `from`, each with its partner at the other end.
+void retype_targets(OzObjDepNode* node, Type from, Type to)
+{
+  for (OzObjDepLink* link : node->target_links)
+  {
+    if (link == nullptr || link->dependency_type != from)
+      continue;
+    link->dependency_type = to;
+    OzObjDepLink* const partner = link->node != nullptr ? link->node->source_link_map.value(node) : nullptr;
+    OZ_ASSERT(partner != nullptr);
+    if (partner != nullptr)
+      partner->dependency_type = to;
+  }
+}
+
+/// The same for the backward records.
+void retype_sources(OzObjDepNode* node, Type from, Type to)
+{
+  for (OzObjDepLink* link : node->source_links)
+  {
+    if (link == nullptr || link->dependency_type != from)
+      continue;
+    link->dependency_type = to;
+    OzObjDepLink* const partner = link->node != nullptr ? link->node->target_link_map.value(node) : nullptr;
+    OZ_ASSERT(partner != nullptr);
+    if (partner != nullptr)
+      partner->dependency_type = to;
+  }
+}
+
+/// An ABSORPTION stays one only where both ends are pure: all targets of the source and all sources of the
+/// target are ABSORPTION. Elsewhere it becomes CREATION.
+void clean_up_absorptions(OzArray<OzObjDepNode*> const& touched_targets)
+{
+  OzAddressSet<OzObjDepNode*> absorbing_sources;
+  OzAddressSet<OzObjDepNode*> absorbing_targets;
+  for (OzObjDepNode* target : touched_targets)
+  {
+    for (OzObjDepLink const* link : target->source_links)
+    {
+      if (link == nullptr || link->dependency_type != OzObjectDependency::ABSORPTION)
+        continue;
+      absorbing_targets.insert(target);
+      OZ_ASSERT(link->node != nullptr);
+      if (link->node != nullptr)
+        absorbing_sources.insert(link->node);
+    }
+  }
+
+  for (OzObjDepNode* source : absorbing_sources)
+  {
+    for (OzObjDepLink const* link : source->target_links)
+      if (link != nullptr && link->dependency_type == OzObjectDependency::ABSORPTION && link->node != nullptr)
+        absorbing_targets.insert(link->node);
+
+    std::uint64_t const absorptions = count_type(source->target_links, OzObjectDependency::ABSORPTION);
+    OZ_ASSERT(absorptions != 0);
+    if (absorptions != source->target_links.size())
+      retype_targets(source, OzObjectDependency::ABSORPTION, OzObjectDependency::CREATION);
+  }
+
+  for (OzObjDepNode* target : absorbing_targets)
+  {
+    std::uint64_t const absorptions = count_type(target->source_links, OzObjectDependency::ABSORPTION);
+    if (absorptions != target->source_links.size())
+      retype_sources(target, OzObjectDependency::ABSORPTION, OzObjectDependency::CREATION);
+  }
+}
+} // namespace
+
+void OzObjDependency::simplify_it()
+{
+  do
+  {
+    OZ_ASSERT(is_valid(nullptr));
+  } while (simplify_step());
+}
+
+bool OzObjDependency::simplify_step()
+{
+  OzObjDepSimplifyContext context(consider_split_modificational(), simplify_trace);
+  NodeSet unchecked_roots = roots;
+  trace_line(simplify_trace, "\"simplify_step\" with ", roots.size(), " roots.");
+  bool changed = false;
+
+  for (OzObjDepNode* rn1 : roots)
+  {
+    OZ_ASSERT(rn1 != nullptr);
+    if (rn1 == nullptr)
+      continue;
+
+    trace_line(simplify_trace, "rn1 = ", identity(rn1));
+    bool const was_unchecked = unchecked_roots.erase(rn1);
+    OZ_ASSERT(was_unchecked);
+    for (OzObjDepLink const* link : rn1->target_links)
+    {
+      if (link == nullptr)
+        continue;
+      trace_line(simplify_trace, "   n2 = ", identity(link->node));
+      if (prepare_removal_of_n2(context, link->node, rn1, &unchecked_roots))
+        changed = true;
+    }
+    commit_changes(context, object_node_map);
+  }
+
+  trace_line(simplify_trace, "remove n2s to remove later");
+  OzObjDepSimplifyContext later(consider_split_modificational(), simplify_trace);
+  for (OzObjDepNode* n2 : context.n2s_to_remove_later)
+  {
+    trace_line(simplify_trace, "   n2 = ", identity(n2));
+    if (prepare_removal_of_n2(later, n2, nullptr, nullptr))
+      changed = true;
+    OZ_ASSERT(later.n2s_to_remove_later.empty());
+    if (!later.n2s_to_remove_later.empty())
+      trace_line(simplify_trace, "   _ASSERTION_: ", "removal of n2 produced new n2s to remove!!!");
+    commit_changes(later, object_node_map);
+  }
+
+  if (changed && object_node_map.contains(nullptr))
+    clean_up_null_node();
+  return changed;
+}
+
+/// An object that has a source besides the null object was not created from nothing, and one that has a
+/// target besides it was not deleted. The null-object node itself goes with its last link.
+void OzObjDependency::clean_up_null_node()
+{
+  OzObjDepNode* const node = object_node_map.value(nullptr);
+  OZ_ASSERT(node != nullptr);
+  if (node == nullptr)
+    return;
+
+  prune_null_node_links(node, false);
+  prune_null_node_links(node, true);
+  if (node->source_links.empty())
+    leaves.erase(node);
+  if (node->target_links.empty())
+    roots.erase(node);
+  if (node->source_links.empty() && node->target_links.empty())
+  {
+    object_node_map.erase(nullptr);
+    delete node;
+  }
+}
+
+bool OzObjDependency::prepare_removal_of_n2(OzObjDepSimplifyContext& context, OzObjDepNode* n2,
+                                            OzObjDepNode* rn1, NodeSet* unchecked_roots)
+{
+  trace_line(context.trace, "   \"prepare_removal_of_n2\"");
+  OZ_ASSERT(n2 != nullptr);
+  if (n2 == nullptr)
+    return false;
+  if (n2->target_links.empty() || n2->object == nullptr)
+  {
+    trace_line(context.trace, "   no targets => return");
+    return false;
+  }
+
+  OzArray<OzObjDepLink*> done_sources;
+  bool complete = true;
+  for (OzObjDepLink* s : n2->source_links)
+  {
+    if (s == nullptr || s->node == nullptr)
+      continue;
+    OzObjDepNode* const n1 = s->node;
+    trace_line(context.trace, "      n1 = ", identity(n1));
+    if (unchecked_roots != nullptr && unchecked_roots->contains(n1))
+    {
+      complete = false; // n1 will have its own turn
+      trace_line(context.trace, "      is unchecked root => skip n1, remove n2 later");
+      continue;
+    }
+
+    OzObjDepLink* l12 = n1->target_link_map.value(n2);
+    if (l12 == nullptr)
+    {
+      l12 = context.new_link(n1, n2);
+      if (l12 != nullptr)
+        trace_line(context.trace, "      link between n1 and n2 is a new one");
+    }
+    OZ_ASSERT(l12 != nullptr);
+    if (l12 == nullptr)
+    {
+      trace_line(context.trace, "      _ASSERTION_:", " link from n1 to n2 missing!!!");
+      continue;
+    }
+
+    // When n1 goes in its turn, n1 and n2 may come to stand as an n2 and its n3.
+    if (rn1 != nullptr && n1 != rn1 && has_target(rn1, n1))
+    {
+      complete = false;
+      context.n2s_to_remove_later.insert(n2);
+      trace_line(context.trace, "      (n1 and n2) may become (n2 and n3)",
+                 " => skip n1, store n2 to remove it later");
+      continue;
+    }
+
+    for (OzObjDepLink const* t : n2->target_links)
+      if (t != nullptr && t->node != nullptr)
+        link_n1_to_n3(context, n1, n2, l12, t);
+    context.old_link_sources.append(n1);
+    context.old_links.append(l12);
+    done_sources.append(s);
+  }
+
+  for (OzObjDepLink*& link : done_sources)
+  {
+    bool const removed = remove_source_link(n2, link);
+    OZ_ASSERT(removed);
+  }
+  if (complete)
+    remove_n2(context, n2);
+  return true;
+}
+
+bool OzObjDependency::has_target(OzObjDepNode const* node, OzObjDepNode const* target)
+{
+  for (OzObjDepLink const* link : node->target_links)
+    if (link != nullptr && link->node == target)
+      return true;
+  return false;
+}
+
+/// Makes the link from n1 to n3 that stands for the path `l12`, `t`, unless it isn't wanted.
+void OzObjDependency::link_n1_to_n3(OzObjDepSimplifyContext& context, OzObjDepNode* n1, OzObjDepNode* n2,
+                                    OzObjDepLink const* l12, OzObjDepLink const* t)
+{
+  OzObjDepNode* const n3 = t->node;
+  trace_line(context.trace, "         n3 = ", identity(n3));
+  if (n1->object == nullptr && n3->object == nullptr)
+  {
+    trace_line(context.trace, "         n1 == n3 == NULL-object", " => skip n3");
+    return;
+  }
+
+  Type type = UNSPECIFIED;
+  bool has_target_qualifier = false;
+  int target_qualifier = -1;
+  OzObjectDependencyRole* role = nullptr;
+  int separator = 0;
+  compose_links(l12, t, type, has_target_qualifier, target_qualifier, role, separator);
+  if (skip_n3(context, n1, n2, n3, type, has_target_qualifier, target_qualifier, role, separator))
+    return;
+
+  if (n1->object == nullptr && type != CREATION)
+  {
+    OZ_ASSERT(type == ABSORPTION);
+    if (type != ABSORPTION)
+    {
+      trace_line(context.trace,
+                 "         _ASSERTION_:", " NULL-object n1 has link with wrong dependency type!!!");
+      return;
+    }
+    type = CREATION;
+  }
+  if (n3->object == nullptr && type != DELETION)
+  {
+    trace_line(context.trace, "         n3 == NULL-object would delete something", " => skip n3");
+    return;
+  }
+
+  auto const make_link = [&](OzObjDepNode* node)
+  {
+    auto link = std::make_unique<OzObjDepLink>();
+    link->node = node;
+    link->dependency_type = type;
+    link->has_target_qualifier = has_target_qualifier;
+    link->target_qualifier = target_qualifier;
+    link->separator = separator;
+    return link;
+  };
+  auto forward = make_link(n3);
+  auto backward = make_link(n1);
+  context.new_link_sources.append(n1);
+  context.new_links.append(forward.release());
+  n3->add_source_link(backward.release());
+}
+
+/// Takes n2's targets off it; its sources have gone.
+void OzObjDependency::remove_n2(OzObjDepSimplifyContext& context, OzObjDepNode* n2)
+{
+  OzArray<OzObjDepLink*> done_targets;
+  for (OzObjDepLink* t : n2->target_links)
+  {
+    if (t == nullptr || t->node == nullptr)
+      continue;
+    OzObjDepNode* const n3 = t->node;
+    done_targets.append(t);
+    OzObjDepLink* partner = n3->source_link_map.value(n2);
+    OZ_ASSERT(partner != nullptr);
+    if (partner == nullptr)
+    {
+      trace_line(context.trace, "  _ASSERTION_:", " removing links between n2 and (n3 = ", identity(n3),
+                 "): no link from n3 to n2!!!");
+      continue;
+    }
+    bool const removed = remove_source_link(n3, partner);
+    OZ_ASSERT(removed);
+    if (!removed)
+      trace_line(context.trace, "  _ASSERTION_:", " removing link from (n3 = ", identity(n3),
+                 ") to n2 failed!!!");
+  }
+
+  for (OzObjDepLink*& link : done_targets)
+  {
+    bool const removed = remove_target_link(n2, link);
+    OZ_ASSERT(removed);
+  }
+  context.removed_nodes.append(n2);
+  context.n2s_to_remove_later.erase(n2);
+}
+
+// The table is no smooth algebra, and each cell is wanted as it stands: MODIFICATION then CONTAINMENT, and
+// ABSORPTION then SPLIT or CONTAINMENT, are CREATION, while CONTAINMENT then SPLIT is SPLIT.
+void OzObjDependency::compose_links(OzObjDepLink const* first, OzObjDepLink const* second, Type& type,
+                                    bool& has_target_qualifier, int& target_qualifier,
+                                    OzObjectDependencyRole*& role, int& separator)
+{
+  enum From
+  {
+    F,
+    S
+  }; // the link that the qualifier comes from
+  struct Cell
+  {
+    Type type;
+    From from;
+  };
+  constexpr int FIRST_TYPE = CREATION;
+  static constexpr Cell CELLS[7][7] = {
+      // CREATION, DELETION, MODIFICATION, SPLIT, ABSORPTION, CONVERSION, CONTAINMENT
+      {{CREATION, S},
+       {DELETION, S},
+       {CREATION, F},
+       {CREATION, F},
+       {CREATION, S},
+       {CREATION, F},
+       {CREATION, F}},
+      {{DELETION, F},
+       {DELETION, F},
+       {DELETION, F},
+       {DELETION, F},
+       {DELETION, F},
+       {DELETION, F},
+       {DELETION, F}},
+      {{CREATION, S},
+       {DELETION, S},
+       {MODIFICATION, S},
+       {SPLIT, S},
+       {ABSORPTION, S},
+       {MODIFICATION, F},
+       {CREATION, F}},
+      {{CREATION, S}, {DELETION, S}, {SPLIT, F}, {SPLIT, F}, {CREATION, S}, {SPLIT, F}, {SPLIT, F}},
+      {{CREATION, S},
+       {DELETION, S},
+       {ABSORPTION, F},
+       {CREATION, F},
+       {ABSORPTION, S},
+       {ABSORPTION, F},
+       {CREATION, F}},
+      {{CREATION, S},
+       {DELETION, S},
+       {MODIFICATION, S},
+       {SPLIT, S},
+       {ABSORPTION, S},
+       {CONVERSION, S},
+       {CONTAINMENT, S}},
+      {{CREATION, S},
+       {DELETION, S},
+       {CONTAINMENT, F},
+       {SPLIT, S},
+       {ABSORPTION, S},
+       {CONTAINMENT, F},
+       {CONTAINMENT, F}},
+  };
+  auto const is_composable = [](Type t) { return t >= CREATION && t <= CONTAINMENT; };
+
+  Cell cell{first->dependency_type, F};
+  if (first->dependency_type == DELETION)
+  {
+    OZ_ASSERT(false); // there is nothing behind it to compose with
+  }
+  else if (!is_composable(first->dependency_type))
+  {
+    OZ_ASSERT(false);
+    cell = {second->dependency_type, S};
+  }
+  else if (!is_composable(second->dependency_type))
+  {
+    // CONVERSION is transparent, and hands on whatever stands behind it without a word.
+    OZ_ASSERT(first->dependency_type == CONVERSION);
+    if (first->dependency_type == CONVERSION)
+      cell = {second->dependency_type, S};
+  }
+  else
+  {
+    cell = CELLS[first->dependency_type - FIRST_TYPE][second->dependency_type - FIRST_TYPE];
+  }
+
+  OzObjDepLink const* const from = cell.from == F ? first : second;
+  type = cell.type;
+  has_target_qualifier = from->has_target_qualifier;
+  target_qualifier = from->target_qualifier;
+  role = nullptr;
+  separator = second->separator;
+}
+
+bool OzObjDependency::skip_n3(OzObjDepSimplifyContext& context, OzObjDepNode* n1, OzObjDepNode* n2,
+                              OzObjDepNode* n3, Type& type, bool& has_target_qualifier, int& target_qualifier,
+                              OzObjectDependencyRole*&, int&)
+{
+  OZ_ASSERT(n1 != nullptr && n2 != nullptr && n3 != nullptr);
+  if (n1 == nullptr || n2 == nullptr || n3 == nullptr)
+    return true;
+
+  auto const settled = context.triples_to_skip.find(n1);
+  if (settled != context.triples_to_skip.end())
+  {
+    // On to the end of all pairs, and not only over those of n2.
+    for (auto pair = settled->second.lower_bound(n2); pair != settled->second.end(); ++pair)
+    {
+      if (pair->second != n3)
+        continue;
+      trace_line(context.trace, "         already handled n1 and n3 earlier", " => skip n3");
+      return true;
+    }
+  }
+
+  ForwardRecords const of_n1(context, n1);
+  for (std::uint64_t i = 0; i < of_n1.links.size(); ++i)
+  {
+    OzObjDepLink* const link = of_n1.links[i];
+    if (link == nullptr || link->node == nullptr)
+      continue;
+
+    if (link->node == n3)
+    {
+      trace_line(context.trace,
+                 i < of_n1.n_existing ? "         link between n1 and n3 already existing"
+                                      : "         link between n1 and n3 already chosen to create",
+                 " => skip n3");
+      OZ_ASSERT(type == CREATION || type == ABSORPTION);
+      if (type != ABSORPTION && link->dependency_type == ABSORPTION)
+      {
+        OzObjDepLink* const partner = n3->source_link_map.value(n1);
+        OZ_ASSERT(partner != nullptr);
+        link->dependency_type = CREATION;
+        if (partner != nullptr)
+          partner->dependency_type = CREATION;
+      }
+      OZ_ASSERT(have_equal_qualifiers(*link, has_target_qualifier, target_qualifier));
+      return true;
+    }
+    if (link->node != n2)
+      settle_path(context, n1, link, n3, type, has_target_qualifier, target_qualifier);
+  }
+  return false;
+}
+
+/// The link from n1 to n3 is made for the path through n2. If `link` leads to n3 as well, through another
+/// node n2a, then that path is noted to need no link of its own, and CREATION wins over ABSORPTION.
+void OzObjDependency::settle_path(OzObjDepSimplifyContext& context, OzObjDepNode* n1,
+                                  OzObjDepLink const* link, OzObjDepNode* n3, Type& type,
+                                  bool has_target_qualifier, int target_qualifier)
+{
+  OzObjDepNode* const n2a = link->node;
+  ForwardRecords const of_n2a(context, n2a);
+  for (std::uint64_t i = 0; i < of_n2a.links.size(); ++i)
+  {
+    OzObjDepLink const* const onward = of_n2a.links[i];
+    if (onward == nullptr || onward->node != n3)
+      continue;
+
+    OZ_ASSERT(type == CREATION || type == DELETION || type == ABSORPTION);
+    Type other_type = UNSPECIFIED;
+    bool other_has_target_qualifier = false;
+    int other_target_qualifier = -1;
+    OzObjectDependencyRole* role = nullptr;
+    int separator = 0;
+    compose_links(link, onward, other_type, other_has_target_qualifier, other_target_qualifier, role,
+                  separator);
+    if (other_type == CREATION)
+    {
+      OZ_ASSERT(type != DELETION);
+      type = CREATION;
+    }
+    else
+    {
+      OZ_ASSERT((other_type == DELETION || other_type == ABSORPTION) && type == other_type);
+    }
+    OZ_ASSERT(has_target_qualifier == other_has_target_qualifier &&
+              (!has_target_qualifier || target_qualifier == other_target_qualifier));
+
+    if (i < of_n2a.n_existing)
+      trace_line(context.trace, "            remember triple to skip with n2a = ", identity(n2a));
+    else
+      trace_line(context.trace, "            remember triple to skip via not yet created",
+                 " link with n2a = ", identity(n2a));
+    context.triples_to_skip[n1].emplace(n2a, n3);
+  }
+}
+
+void OzObjDependency::commit_changes(OzObjDepSimplifyContext& context, ObjectNodeMap& nodes)
+{
+  OzArray<OzObjDepNode*> touched_targets;
+  for (std::uint64_t i = 0; i < context.new_links.size(); ++i)
+  {
+    touched_targets.append(context.new_links[i]->node);
+    context.new_link_sources[i]->add_target_link(context.new_links[i]);
+  }
+  context.new_link_sources.resize(0, true);
+  context.new_links.resize(0, true);
+
+  OZ_ASSERT(context.old_link_sources.size() == context.old_links.size());
+  for (std::uint64_t i = 0; i < context.old_links.size(); ++i)
+  {
+    bool const removed = remove_target_link(context.old_link_sources[i], context.old_links[i]);
+    OZ_ASSERT(removed);
+  }
+
+  clean_up_absorptions(touched_targets);
+
+  // A split with a single product is no split.
+  for (OzObjDepNode* source : context.old_link_sources)
+    if (count_type(source->target_links, SPLIT) == 1)
+      retype_targets(source, SPLIT, context.split_modificational ? MODIFICATION : CREATION);
+  context.old_link_sources.resize(0, true);
+  context.old_links.resize(0, true);
+
+  for (OzObjDepNode* node : context.removed_nodes)
+  {
+    bool const erased = nodes.erase(node->object);
+    OZ_ASSERT(erased);
+    delete node;
+  }
+  context.removed_nodes.resize(0, true);
+}
+
+void OzObjDependency::prune_null_node_links(OzObjDepNode* node, bool sources)
+{
+  OzArray<OzObjDepLink*> noted;
+  OzArray<OzObjDepNode*> others;
+  OzArray<OzObjDepLink*> partners; // beside others
+  for (OzObjDepLink* link : sources ? node->source_links : node->target_links)
+  {
+    if (link == nullptr || link->node == nullptr)
+      continue;
+    OzObjDepNode* const other = link->node;
+    if ((sources ? other->target_links : other->source_links).size() < 2)
+      continue;
+
+    OzObjDepLink* const partner = (sources ? other->target_link_map : other->source_link_map).value(node);
+    OZ_ASSERT(partner != nullptr);
+    noted.append(link);
+    others.append(other);
+    partners.append(partner);
+  }
+
+  for (OzObjDepLink*& link : noted)
+  {
+    if (sources)
+      remove_source_link(node, link);
+    else
+      remove_target_link(node, link);
+  }
+  for (std::uint64_t i = 0; i < others.size(); ++i)
+  {
+    if (sources)
+      remove_target_link(others[i], partners[i]);
+    else
+      remove_source_link(others[i], partners[i]);
+  }
+}
