@@ -1,0 +1,64 @@
+#include "oztaskprocessor.h"
+
+#include "lumthreads.h"
+#include "ozmutex.h"
+
+OzReleaseTaskProcessorLocal::~OzReleaseTaskProcessorLocal() = default;
+
+std::uint64_t OzTaskProcessor::Id_ = 0;
+
+// Never destroyed: a thread that still runs while the process ends unbinds itself.
+OzMap<LumThreads*, OzTaskProcessor*>& OzTaskProcessor::processor_map =
+    *new OzMap<LumThreads*, OzTaskProcessor*>;
+
+OzTaskProcessor::OzTaskProcessor()
+  : id_(0)
+{
+  OzCriticalDkbRegion const region;
+  id_ = ++Id_;
+}
+
+OzTaskProcessor::~OzTaskProcessor()
+{
+  waits_for_ = nullptr;
+  ReleaseProcessorLocals();
+}
+
+OzTaskProcessor* OzTaskProcessor::TaskProcessor()
+{
+  LumThreads* const thread = LumThreads::GetCurrentThread();
+  if (thread == LumThreads::GetMainThread())
+    return nullptr;
+
+  OzCriticalDkbRegion const region;
+  return processor_map.find(thread, nullptr) != 0 ? processor_map[thread] : nullptr;
+}
+
+void OzTaskProcessor::AddProcessor(OzTaskProcessor* processor)
+{
+  LumThreads* const thread = LumThreads::GetCurrentThread();
+  OzCriticalDkbRegion const region;
+  processor_map[thread] = processor;
+}
+
+void OzTaskProcessor::RemoveProcessor(OzTaskProcessor*)
+{
+  LumThreads* const thread = LumThreads::GetCurrentThread();
+  OzCriticalDkbRegion const region;
+  processor_map.remove(thread);
+}
+
+void OzTaskProcessor::RecordProcessorLocal(OzReleaseTaskProcessorLocal* local)
+{
+  locals_.append(local);
+}
+
+void OzTaskProcessor::ReleaseProcessorLocals()
+{
+  for (std::uint64_t i = 0; i < locals_.size(); ++i)
+  {
+    if (locals_[i] != nullptr)
+      locals_[i]->Release(this);
+  }
+  locals_.resize(0, true);
+}
