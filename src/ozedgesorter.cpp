@@ -24,8 +24,6 @@ OzEdgeChain::OzEdgeChain(int edge)
   orientations.append(1);
 }
 
-OzEdgeChain::~OzEdgeChain() = default;
-
 int OzEdgeChain::end_number(int which) const
 {
   int const point = which == 0 ? start_point : end_point;

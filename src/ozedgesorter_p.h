@@ -15,7 +15,7 @@ class OzEdgeChain
 public:
   /// A chain of one edge, both of whose ends are open.
   explicit OzEdgeChain(int edge);
-  virtual ~OzEdgeChain();
+  virtual ~OzEdgeChain() = default;
 
   // `which` is 0 for the start and 1 for the end.
   bool end_open(int which) const { return (which == 0 ? start_point : end_point) >= 0; }
