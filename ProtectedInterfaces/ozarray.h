@@ -37,6 +37,8 @@ class OZ_EXPORT OzArray
 {
 public:
   OzArray() = default;
+  /// Copies of `n` elements in one block of `slots` slots, or of `n` if that is more.
+  OzArray(T const* elements, std::uint64_t n, std::uint64_t slots);
   OzArray(OzArray const& other);
   /// Takes over the block of `other`, which is empty and without storage afterwards.
   OzArray(OzArray&& other) noexcept;
@@ -93,7 +95,8 @@ private:
   void take_over(T* block, std::uint64_t n);
   void clear_slots(std::uint64_t from, std::uint64_t to);
   void copy_elements(OzArray const& other);
-  void grow_and_append(T const& value);
+  __attribute__((noinline)) void grow(std::uint64_t n, bool keep);
+  __attribute__((noinline)) void grow_and_append(T const& value);
 };
 
 /// The capacity that an array of `capacity` slots takes in order to hold `n` elements, `n` being larger:

@@ -3,6 +3,8 @@
 
 #include "ozarray.h"
 
+#include <type_traits>
+
 // Element access and appending: what must be inlined into every client.
 
 template <class T, class A>
@@ -52,7 +54,11 @@ inline void OzArray<T, A>::append(T const& value)
 {
   if (size_ == capacity)
   {
-    grow_and_append(value);
+    // A copy goes to the function that is not inlined, so that a caller's variable can stay in its register.
+    if constexpr (std::is_trivially_copyable_v<T>)
+      grow_and_append(T(value));
+    else
+      grow_and_append(value);
     return;
   }
   data[size_] = value;

@@ -20,10 +20,13 @@ constexpr std::uint64_t oz_grown_capacity(std::uint64_t capacity, std::uint64_t 
   if (n >= linear_from)
     return capacity + step + ((n - capacity - 1) & ~(step - 1));
 
-  std::uint64_t grown = capacity == 0 ? 1 : capacity;
-  while (grown < n)
-    grown *= 2;
-  return grown;
+  std::uint64_t const start = capacity == 0 ? 1 : capacity;
+  if (start >= n)
+    return start;
+
+  // As many doublings as `n` - 1 has more binary digits; one more if that falls short.
+  std::uint64_t const grown = start << (__builtin_clzll(start) - __builtin_clzll(n - 1));
+  return grown < n ? grown * 2 : grown;
 }
 
 /// What arrays use inside; no part of their interface.
@@ -49,14 +52,26 @@ inline void* checked(void* storage)
   return storage;
 }
 
-// A block of zero bytes. Large ones come from calloc, which knows that fresh pages are zero; it does not look
-// among the small blocks that were freed last, which malloc finds first of all.
+// Blocks below this size come from malloc and move by copying: malloc hands out at once what was freed last,
+// where calloc and realloc do not look. From this size on these two win, since they know of fresh pages that
+// are zero and of pages that can be moved as they are.
+constexpr std::uint64_t large_block = 1024;
+
 inline void* zeroed_block(std::uint64_t bytes)
 {
-  constexpr std::uint64_t large = 1024;
-  if (bytes >= large)
+  if (bytes >= large_block)
     return checked(std::calloc(bytes, 1));
   return std::memset(checked(std::malloc(bytes)), 0, bytes);
+}
+
+// Moves the first `kept` bytes of `block`, which is freed, to one of `bytes`. What is behind them is not set.
+inline void* moved_block(void* block, std::uint64_t kept, std::uint64_t bytes)
+{
+  if (bytes >= large_block)
+    return checked(std::realloc(block, bytes));
+  void* const moved = std::memcpy(checked(std::malloc(bytes)), block, kept);
+  std::free(block);
+  return moved;
 }
 
 /// A block of slots under construction. It is filled from its upper end downwards, so that the part that
@@ -118,6 +133,30 @@ private:
 } // namespace oz_array_detail
 
 template <class T, class A>
+OzArray<T, A>::OzArray(T const* elements, std::uint64_t n, std::uint64_t slots)
+{
+  std::uint64_t const room = std::max(n, slots);
+  if (room == 0)
+    return;
+  if constexpr (oz_array_detail::is_plain<T>)
+  {
+    oz_array_detail::check_size<T>(room);
+    data = static_cast<T*>(oz_array_detail::checked(std::malloc(room * sizeof(T))));
+    std::copy(elements, elements + n, data);
+    std::memset(static_cast<void*>(data + n), 0, (room - n) * sizeof(T));
+  }
+  else
+  {
+    oz_array_detail::Block<T> block(room);
+    block.fill_from(n);
+    block.copy(elements);
+    data = block.release();
+  }
+  capacity = room;
+  size_ = n;
+}
+
+template <class T, class A>
 OzArray<T, A>::OzArray(OzArray const& other)
 {
   copy_elements(other);
@@ -150,14 +189,9 @@ template <class T, class A>
 void OzArray<T, A>::resize(std::uint64_t n, bool keep)
 {
   if (n > capacity)
-  {
-    oz_array_detail::check_size<T>(n);
-    reserve(oz_grown_capacity(capacity, n), keep);
-  }
+    grow(n, keep);
   else if (n < size_)
-  {
     clear_slots(n, size_);
-  }
   size_ = n;
 }
 
@@ -199,7 +233,7 @@ void OzArray<T, A>::replace_block(std::uint64_t n, std::uint64_t kept, T const* 
     }
     else
     {
-      void* const block = oz_array_detail::checked(std::realloc(data, n * sizeof(T)));
+      void* const block = oz_array_detail::moved_block(data, kept * sizeof(T), n * sizeof(T));
       data = static_cast<T*>(block);
       capacity = n;
       std::memset(static_cast<void*>(data + filled), 0, (n - filled) * sizeof(T));
@@ -285,6 +319,13 @@ void OzArray<T, A>::copy_elements(OzArray const& other)
     take_over(block.release(), n);
     size_ = other.size_;
   }
+}
+
+template <class T, class A>
+void OzArray<T, A>::grow(std::uint64_t n, bool keep)
+{
+  oz_array_detail::check_size<T>(n);
+  reserve(oz_grown_capacity(capacity, n), keep);
 }
 
 template <class T, class A>

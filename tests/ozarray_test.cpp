@@ -36,6 +36,7 @@ template <class T>
 class Probe : public OzArray<T>
 {
 public:
+  using OzArray<T>::OzArray;
   Probe() = default;
   Probe(std::initializer_list<T> elements)
   {
@@ -117,6 +118,43 @@ TEST(OzArray, CopyOfElementsThatMayThrowHasTheSameCapacity)
 
   EXPECT_EQ(copy.elements(), (std::vector<CountedElement>{1, 2, 3, 4, 5}));
   EXPECT_EQ(copy.slots(), 8u);
+}
+
+TEST(OzArray, IsBuiltFromElementsInABlockOfTheSlotsAskedFor)
+{
+  int const numbers[] = {1, 2, 3};
+  CountedElement const counted[] = {1, 2, 3};
+
+  Probe<int> const roomy(numbers, 3, 5);
+  Probe<int> const tight(numbers, 3, 0);
+  Probe<int> const blank(nullptr, 0, 2);
+  Probe<int> const nothing(nullptr, 0, 0);
+  Probe<CountedElement> const copies(counted, 3, 5);
+
+  EXPECT_EQ(roomy.size(), 3u);
+  EXPECT_EQ(roomy.all_slots(), (std::vector<int>{1, 2, 3, 0, 0}));
+  EXPECT_EQ(tight.all_slots(), (std::vector<int>{1, 2, 3}));
+  EXPECT_EQ(blank.size(), 0u);
+  EXPECT_EQ(blank.all_slots(), (std::vector<int>{0, 0}));
+  EXPECT_EQ(nothing.block(), nullptr);
+  EXPECT_EQ(copies.size(), 3u);
+  EXPECT_EQ(copies.all_slots(), (std::vector<CountedElement>{1, 2, 3, 0, 0}));
+  EXPECT_THROW(Probe<int>(numbers, 3, HUGE_NUMBER), std::bad_alloc);
+}
+
+TEST(OzArray, GrownCapacityIsTheFirstDoublingThatReaches)
+{
+  for (std::uint64_t capacity = 0; capacity < 300; ++capacity)
+  {
+    for (std::uint64_t n = capacity + 1; n < 1200; ++n)
+    {
+      std::uint64_t doubled = std::max<std::uint64_t>(capacity, 1);
+      while (doubled < n)
+        doubled *= 2;
+
+      ASSERT_EQ(oz_grown_capacity(capacity, n), doubled) << capacity << " to " << n;
+    }
+  }
 }
 
 TEST(OzArray, MovingTakesTheBlockAndLeavesTheOtherWithoutStorage)
