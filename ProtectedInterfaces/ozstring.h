@@ -5,6 +5,7 @@
 #include "ozexport.h"
 
 #include <cstdint>
+#include <cstring>
 
 /// A text of 8-bit characters that can be changed, ends with a 0 byte, and is copied by value.
 ///
@@ -34,7 +35,7 @@ public:
   /// A null `text` changes nothing.
   OzString& operator=(char const* text);
   OzString& operator=(OzString const& other);
-  ~OzString();
+  ~OzString() = default;
 
   /// The size of the array without the terminator's slot.
   std::uint64_t length() const { return chars.size() == 0 ? 0 : chars.size() - 1; }
@@ -67,18 +68,18 @@ public:
 
   // Texts are ordered byte by byte as unsigned numbers, so a letter above ASCII comes after `z`. A null
   // pointer must not be passed.
-  bool operator==(OzString const& other) const;
-  bool operator==(char const* other) const;
-  bool operator!=(OzString const& other) const;
-  bool operator!=(char const* other) const;
-  bool operator<(OzString const& other) const;
-  bool operator<(char const* other) const;
-  bool operator<=(OzString const& other) const;
-  bool operator<=(char const* other) const;
-  bool operator>(OzString const& other) const;
-  bool operator>(char const* other) const;
-  bool operator>=(OzString const& other) const;
-  bool operator>=(char const* other) const;
+  bool operator==(OzString const& other) const { return compare(other.as_const_c_string()) == 0; }
+  bool operator==(char const* other) const { return compare(other) == 0; }
+  bool operator!=(OzString const& other) const { return compare(other.as_const_c_string()) != 0; }
+  bool operator!=(char const* other) const { return compare(other) != 0; }
+  bool operator<(OzString const& other) const { return compare(other.as_const_c_string()) < 0; }
+  bool operator<(char const* other) const { return compare(other) < 0; }
+  bool operator<=(OzString const& other) const { return compare(other.as_const_c_string()) <= 0; }
+  bool operator<=(char const* other) const { return compare(other) <= 0; }
+  bool operator>(OzString const& other) const { return compare(other.as_const_c_string()) > 0; }
+  bool operator>(char const* other) const { return compare(other) > 0; }
+  bool operator>=(OzString const& other) const { return compare(other.as_const_c_string()) >= 0; }
+  bool operator>=(char const* other) const { return compare(other) >= 0; }
 
   /// Adds a character behind the text. A 0 lengthens length() by one and the text not at all.
   OzString& append(char const& c);
@@ -118,6 +119,8 @@ protected:
 
 private:
   OzString(char const* text, std::uint64_t count);
+  int compare(char const* other) const { return std::strcmp(as_const_c_string(), other); }
+  void copy_unterminated(OzString const& other);
   OzString& append_text(char const* text, std::uint64_t count, std::uint64_t growth);
   void int_to_as(int value, OzArray<char, OzAllocator<char>>& out, int width, char pad);
 };

@@ -8,24 +8,25 @@
 
 namespace
 {
-// Where the capacity starts from: an empty string holds its terminator.
+// The size of an empty string, whose one character is the terminator. Capacities start from it.
 constexpr std::uint64_t EMPTY_SIZE = 1;
 
-int compare(OzString const& a, OzString const& b)
+// True where the classic routines end within the array.
+bool is_terminated(OzArray<char> const& chars)
 {
-  return std::strcmp(a.as_const_c_string(), b.as_const_c_string());
+  return chars.size() != 0 && chars.end()[-1] == '\0';
 }
 
-int compare(OzString const& a, char const* b)
+// The number of characters up to the first 0, or all there are.
+std::uint64_t text_length(OzArray<char> const& chars)
 {
-  return std::strcmp(a.as_const_c_string(), b);
+  return is_terminated(chars) ? std::strlen(chars.begin()) : strnlen(chars.begin(), chars.size());
 }
 } // namespace
 
 OzString::OzString()
+  : chars("", EMPTY_SIZE, EMPTY_SIZE)
 {
-  chars.reserve(EMPTY_SIZE, true);
-  chars.resize(EMPTY_SIZE, true);
 }
 
 OzString::OzString(char const* text)
@@ -33,14 +34,12 @@ OzString::OzString(char const* text)
 {
 }
 
+// In one block, of the capacity that growing from an empty string gives. The slot behind the characters is a
+// 0 already.
 OzString::OzString(char const* text, std::uint64_t count)
+  : chars(text, count, oz_grown_capacity(EMPTY_SIZE, count + 1))
 {
-  // The capacity that growing from an empty string gives, without the empty string's buffer.
-  std::uint64_t const size = count + 1;
-  chars.reserve(size == EMPTY_SIZE ? EMPTY_SIZE : oz_grown_capacity(EMPTY_SIZE, size), true);
-  chars.resize(size, true);
-  if (count != 0)
-    std::memcpy(chars.begin(), text, count);
+  chars.resize(count + 1, true);
 }
 
 OzString::OzString(int value, int width, char pad)
@@ -50,11 +49,16 @@ OzString::OzString(int value, int width, char pad)
 }
 
 OzString::OzString(OzString const& other)
+  : chars(other.chars.begin(), other.chars.size(),
+          oz_grown_capacity(0, std::max(other.chars.size(), EMPTY_SIZE)))
 {
-  // The size is taken over, and may reach behind the text.
-  chars.resize(std::max(other.chars.size(), EMPTY_SIZE), true);
-  if (other.chars.size() != 0)
-    std::memcpy(chars.begin(), other.chars.begin(), strnlen(other.chars.begin(), other.chars.size()));
+  if (chars.size() == 0)
+    chars.resize(EMPTY_SIZE, true);
+
+  // The size is taken over, but of the characters only the text.
+  std::uint64_t const text = text_length(chars);
+  if (text + 1 < chars.size())
+    std::memset(chars.begin() + text, 0, chars.size() - text);
 }
 
 OzString& OzString::operator=(OzString const& other)
@@ -62,18 +66,23 @@ OzString& OzString::operator=(OzString const& other)
   if (this == &other)
     return *this;
 
-  std::uint64_t const size = std::max(other.chars.size(), EMPTY_SIZE);
-  chars.resize(size, true);
-  if (other.chars.size() == 0)
-  {
+  // The size is taken over, but of the characters only the text: behind it those that were there stay.
+  chars.resize(std::max(other.chars.size(), EMPTY_SIZE), true);
+  if (is_terminated(other.chars))
+    std::strcpy(chars.begin(), other.chars.begin());
+  else if (other.chars.size() == 0)
     chars.begin()[0] = '\0';
-    return *this;
-  }
-  std::uint64_t const text = strnlen(other.chars.begin(), other.chars.size());
-  std::memcpy(chars.begin(), other.chars.begin(), text);
-  if (text < size)
-    chars.begin()[text] = '\0';
+  else
+    copy_unterminated(other);
   return *this;
+}
+
+void OzString::copy_unterminated(OzString const& other)
+{
+  std::uint64_t const text = text_length(other.chars);
+  std::memcpy(chars.begin(), other.chars.begin(), text);
+  if (text < chars.size())
+    chars.begin()[text] = '\0';
 }
 
 OzString& OzString::operator=(char const* text)
@@ -90,68 +99,6 @@ OzString& OzString::operator=(char const* text)
   if (!own)
     std::memcpy(chars.begin(), text, size);
   return *this;
-}
-
-OzString::~OzString() = default;
-
-bool OzString::operator==(OzString const& other) const
-{
-  return compare(*this, other) == 0;
-}
-
-bool OzString::operator==(char const* other) const
-{
-  return compare(*this, other) == 0;
-}
-
-bool OzString::operator!=(OzString const& other) const
-{
-  return !(*this == other);
-}
-
-bool OzString::operator!=(char const* other) const
-{
-  return compare(*this, other) != 0;
-}
-
-bool OzString::operator<(OzString const& other) const
-{
-  return compare(*this, other) < 0;
-}
-
-bool OzString::operator<(char const* other) const
-{
-  return compare(*this, other) < 0;
-}
-
-bool OzString::operator<=(OzString const& other) const
-{
-  return compare(*this, other) <= 0;
-}
-
-bool OzString::operator<=(char const* other) const
-{
-  return compare(*this, other) <= 0;
-}
-
-bool OzString::operator>(OzString const& other) const
-{
-  return compare(*this, other) > 0;
-}
-
-bool OzString::operator>(char const* other) const
-{
-  return compare(*this, other) > 0;
-}
-
-bool OzString::operator>=(OzString const& other) const
-{
-  return compare(*this, other) >= 0;
-}
-
-bool OzString::operator>=(char const* other) const
-{
-  return compare(*this, other) >= 0;
 }
 
 OzString& OzString::append(char const& c)
@@ -171,13 +118,13 @@ OzString& OzString::append(OzString const& s)
   if (this == &s)
     return append(OzString(s));
 
-  return append_text(s.chars.begin(), strnlen(s.chars.begin(), s.chars.size()), s.chars.size() - 1);
+  return append_text(s.chars.begin(), text_length(s.chars), s.chars.size() - 1);
 }
 
 OzString& OzString::append_text(char const* text, std::uint64_t count, std::uint64_t growth)
 {
   chars.resize(std::max(chars.size(), EMPTY_SIZE) + growth, true);
-  std::uint64_t const at = strnlen(chars.begin(), chars.size());
+  std::uint64_t const at = text_length(chars);
   if (at + count + 1 > chars.size()) // after a resize the text can fill the array to its end
     chars.resize(at + count + 1, true);
   std::memcpy(chars.begin() + at, text, count);
@@ -250,19 +197,14 @@ void OzString::set_size(int n, bool keep)
 
 int OzString::find(char const* pattern, std::uint64_t pos) const
 {
-  std::uint64_t const pattern_length = std::strlen(pattern);
-  if (pattern_length == 0)
+  if (*pattern == '\0')
     return 0;
 
   std::uint64_t const from = static_cast<std::uint64_t>(static_cast<std::int64_t>(static_cast<int>(pos)));
   if (length() == 0 || length() <= from)
     return -1;
 
-  char const* const tail = as_const_c_string() + from;
-  if (std::strspn(pattern, tail) != pattern_length)
-    return -1;
-
-  char const* const hit = std::strstr(tail, pattern);
+  char const* const hit = std::strstr(chars.begin() + from, pattern);
   return hit == nullptr ? -1 : static_cast<int>(hit - chars.begin());
 }
 
