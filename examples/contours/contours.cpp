@@ -1,0 +1,301 @@
+#include "contours.h"
+
+#include "duplicates.h"
+#include "ends.h"
+#include "nearest.h"
+
+#include <algorithm>
+#include <cmath>
+#include <set>
+#include <utility>
+
+namespace contours
+{
+
+namespace
+{
+
+Curve directed(Outcome const& outcome, Link link)
+{
+  return outcome.edges[link.edge].directed(link.reversed);
+}
+
+/// The edges of the chosen layers by layer, and the count of what is not cut there.
+std::map<std::string, std::vector<std::size_t>> take_edges(Drawing const& drawing, LayerChoice const& layers,
+                                                           Outcome& outcome)
+{
+  std::map<std::string, std::vector<std::size_t>> edges_of_layer;
+  for (std::size_t i = 0; i < drawing.entities.size(); ++i)
+  {
+    Entity const& entity = drawing.entities[i];
+    if (!layers.has(entity.layer))
+      continue;
+    if (entity.use != Use::CUT)
+    {
+      ++outcome.skipped[entity.type];
+      outcome.not_supported += entity.use == Use::NOT_SUPPORTED ? 1 : 0;
+      continue;
+    }
+    for (Curve const& curve : entity.curves)
+    {
+      edges_of_layer[entity.layer].push_back(outcome.edges.size());
+      outcome.edges.push_back({i, curve, outcome.edges.size()});
+    }
+  }
+  return edges_of_layer;
+}
+
+/// Notes which of `edges` lie on others, and takes these out.
+void remove_duplicates(Outcome& outcome, std::vector<std::size_t>& edges, double tolerance)
+{
+  std::vector<Curve> curves;
+  for (std::size_t const edge : edges)
+    curves.push_back(outcome.edges[edge].curve);
+  std::vector<std::size_t> const first = first_in_place(curves, tolerance);
+
+  std::vector<std::size_t> kept;
+  for (std::size_t i = 0; i < edges.size(); ++i)
+  {
+    outcome.edges[edges[i]].original = edges[first[i]];
+    if (first[i] == i)
+      kept.push_back(edges[i]);
+  }
+  edges.swap(kept);
+}
+
+/// One entry for each pair of entities, however many edges they share.
+std::vector<Duplicate> duplicate_entities(std::vector<Edge> const& edges)
+{
+  std::set<std::pair<std::size_t, std::size_t>> pairs;
+  for (std::size_t i = 0; i < edges.size(); ++i)
+    if (edges[i].original != i)
+      pairs.insert({edges[i].entity, edges[edges[i].original].entity});
+  std::vector<Duplicate> duplicates;
+  for (auto const& [entity, of] : pairs)
+    duplicates.push_back({entity, of});
+  return duplicates;
+}
+
+Chain chain_of(Outcome const& outcome, std::size_t edge)
+{
+  Curve const& curve = outcome.edges[edge].curve;
+  return {curve.start, curve.end, is_ring(curve), {{edge, false}}};
+}
+
+bool lower_edge(Link a, Link b)
+{
+  return a.edge < b.edge;
+}
+
+/// A closed contour starts with its lowest edge and runs in its direction, so that its description does not depend
+/// on how it was joined.
+void start_at_lowest_edge(Chain& chain)
+{
+  auto const lowest = std::min_element(chain.links.begin(), chain.links.end(), lower_edge);
+  if (lowest->reversed)
+  {
+    reverse(chain);
+    start_at_lowest_edge(chain);
+    return;
+  }
+  std::rotate(chain.links.begin(), lowest, chain.links.end());
+}
+
+/// An open contour runs as most of its edges do, and where there is no majority, as its lowest edge does.
+void run_with_majority(Chain& chain)
+{
+  auto const against =
+      2 * std::count_if(chain.links.begin(), chain.links.end(), [](Link link) { return link.reversed; });
+  auto const all = static_cast<std::ptrdiff_t>(chain.links.size());
+  auto const lowest = std::min_element(chain.links.begin(), chain.links.end(), lower_edge);
+  if (against > all || (against == all && lowest->reversed))
+    reverse(chain);
+}
+
+Contour measure(Outcome const& outcome, Chain chain, std::string const& layer, double tolerance)
+{
+  Contour contour;
+  contour.layer = layer;
+  for (Link const link : chain.links)
+    contour.length_mm += outcome.edges[link.edge].curve.length();
+  contour.closed = is_closed(distance(chain.start, chain.end), contour.length_mm, tolerance);
+  if (contour.closed)
+    start_at_lowest_edge(chain);
+  else
+    run_with_majority(chain);
+  contour.links = std::move(chain.links);
+  contour.start = directed(outcome, contour.links.front()).start;
+  contour.end = directed(outcome, contour.links.back()).end;
+
+  // The ways across the gaps belong to the border of the area.
+  Point const origin = contour.start;
+  Point before = contour.closed ? contour.end : contour.start;
+  double area = 0.0;
+  for (Link const link : contour.links)
+  {
+    Curve const curve = directed(outcome, link);
+    contour.max_gap_mm = std::max(contour.max_gap_mm, distance(before, curve.start));
+    area += area_of_line(before, curve.start, origin) + curve.area(origin);
+    before = curve.end;
+  }
+  if (contour.closed)
+    contour.area_mm2 = std::abs(area);
+  return contour;
+}
+
+/// Fills in how far the ends of the open contours of one layer are from each other.
+void measure_openings(std::vector<Contour>& contours, std::vector<std::size_t> const& of_layer)
+{
+  std::vector<Point> ends;
+  std::vector<std::size_t> owners;
+  for (std::size_t const contour : of_layer)
+  {
+    if (contours[contour].closed)
+      continue;
+    ends.insert(ends.end(), {contours[contour].start, contours[contour].end});
+    owners.push_back(contour);
+  }
+  std::vector<std::size_t> const nearest = nearest_others(ends);
+  for (std::size_t end = 0; end < ends.size(); ++end)
+  {
+    Contour& contour = contours[owners[end / 2]];
+    double const gap = distance(ends[end], ends[nearest[end]]);
+    bool const at_start = end % 2 == 0;
+    if (!at_start && gap <= contour.open_gap_mm)
+      continue;
+    contour.open_gap_mm = gap;
+    contour.open_at = ends[end];
+    contour.open_towards = owners[nearest[end] / 2];
+  }
+}
+
+void number_contours(std::vector<Contour>& contours)
+{
+  auto const lowest = [](Contour const& contour)
+  { return std::min_element(contour.links.begin(), contour.links.end(), lower_edge)->edge; };
+  std::vector<std::pair<std::size_t, std::size_t>> order;
+  for (std::size_t i = 0; i < contours.size(); ++i)
+    order.emplace_back(lowest(contours[i]), i);
+  std::sort(order.begin(), order.end());
+  std::vector<Contour> sorted;
+  for (auto const& [edge, i] : order)
+    sorted.push_back(std::move(contours[i]));
+  contours.swap(sorted);
+}
+
+/// Each double goes to the contour that has its original.
+void add_doubles(Outcome& outcome)
+{
+  std::vector<std::size_t> contour_of(outcome.edges.size());
+  for (std::size_t i = 0; i < outcome.contours.size(); ++i)
+    for (Link const link : outcome.contours[i].links)
+      contour_of[link.edge] = i;
+  for (std::size_t edge = 0; edge < outcome.edges.size(); ++edge)
+    if (outcome.edges[edge].original != edge)
+      outcome.contours[contour_of[outcome.edges[edge].original]].doubles.push_back(edge);
+}
+
+void count_used(Outcome& outcome, std::vector<std::size_t> const& kept, double tolerance)
+{
+  std::set<std::size_t> entities;
+  for (std::size_t const edge : kept)
+  {
+    entities.insert(outcome.edges[edge].entity);
+    double const length = outcome.edges[edge].curve.length();
+    if (length >= tolerance)
+      continue;
+    ShortEdges& found = outcome.short_edges;
+    if (found.count == 0 || length < outcome.edges[found.shortest].curve.length())
+      found.shortest = edge;
+    ++found.count;
+  }
+  outcome.entities_used += entities.size();
+  outcome.edges_used += kept.size();
+}
+
+/// Sorts each cluster for itself.
+void sort_clusters(Outcome& outcome, Drawing const& drawing, Places const& places, double tolerance,
+                   std::optional<Strategy> strategy)
+{
+  std::map<std::string, LayerClusters> counts;
+  for (std::vector<std::size_t> const& cluster : find_clusters(outcome.edges, places))
+  {
+    std::string const& layer = drawing.entities[outcome.edges[cluster.front()].entity].layer;
+    std::vector<Chain> chains;
+    for (std::size_t const edge : cluster)
+      chains.push_back(chain_of(outcome, edge));
+    for (Chain& chain : join_chains(chains, tolerance, strategy))
+      outcome.contours.push_back(measure(outcome, std::move(chain), layer, tolerance));
+
+    LayerClusters& count = counts.emplace(layer, LayerClusters{layer, 0, 0}).first->second;
+    ++count.clusters;
+    count.largest = std::max(count.largest, cluster.size());
+  }
+  for (auto const& [layer, count] : counts)
+    outcome.clusters.push_back(count);
+}
+
+/// For each end of an edge the end that follows it across a join, or NO_PLACE.
+std::vector<std::size_t> find_partners(Outcome const& outcome)
+{
+  std::vector<std::size_t> partners(2 * outcome.edges.size(), NO_PLACE);
+  for (Contour const& contour : outcome.contours)
+  {
+    std::size_t const joins = contour.closed ? contour.links.size() : contour.links.size() - 1;
+    for (std::size_t i = 0; i < joins; ++i)
+    {
+      Link const from = contour.links[i];
+      Link const to = contour.links[(i + 1) % contour.links.size()];
+      std::size_t const last = from.reversed ? start_of(from.edge) : end_of(from.edge);
+      std::size_t const next = to.reversed ? end_of(to.edge) : start_of(to.edge);
+      partners[last] = next;
+      partners[next] = last;
+    }
+  }
+  return partners;
+}
+
+} // namespace
+
+std::size_t Outcome::closed() const
+{
+  auto const all =
+      std::count_if(contours.begin(), contours.end(), [](Contour const& contour) { return contour.closed; });
+  return static_cast<std::size_t>(all);
+}
+
+double Outcome::cut_length_mm() const
+{
+  double length = 0.0;
+  for (Contour const& contour : contours)
+    length += contour.length_mm;
+  return length;
+}
+
+Outcome find_contours(Drawing const& drawing, LayerChoice const& layers, double tolerance,
+                      std::optional<Strategy> strategy)
+{
+  Outcome outcome;
+  auto edges_of_layer = take_edges(drawing, layers, outcome);
+  Places places(2 * outcome.edges.size(), NO_PLACE);
+  for (auto& [layer, edges] : edges_of_layer)
+  {
+    remove_duplicates(outcome, edges, tolerance);
+    count_used(outcome, edges, tolerance);
+    find_places(outcome.edges, edges, tolerance, places);
+  }
+  sort_clusters(outcome, drawing, places, tolerance, strategy);
+  number_contours(outcome.contours);
+  add_doubles(outcome);
+  outcome.duplicates = duplicate_entities(outcome.edges);
+
+  std::map<std::string, std::vector<std::size_t>> contours_of_layer;
+  for (std::size_t i = 0; i < outcome.contours.size(); ++i)
+    contours_of_layer[outcome.contours[i].layer].push_back(i);
+  for (auto const& [layer, contours] : contours_of_layer)
+    measure_openings(outcome.contours, contours);
+  outcome.branches = find_branches(outcome.edges, places, find_partners(outcome));
+  return outcome;
+}
+
+} // namespace contours
