@@ -1,0 +1,44 @@
+#ifndef CONTOURS_OPTIONS_H
+#define CONTOURS_OPTIONS_H
+
+#include "chains.h"
+#include "layers.h"
+#include "messages.h"
+
+#include <iosfwd>
+#include <optional>
+#include <string>
+
+namespace contours
+{
+
+enum class Format
+{
+  TABLE,
+  CSV,
+  JSON
+};
+
+/// What the user asked for.
+struct Options
+{
+  std::string drawing; ///< a file name; "-" is standard input
+  double tolerance_mm = 0.01;
+  std::optional<double> unit_mm; ///< in place of what the drawing says
+  LayerChoice layers;
+  std::optional<Strategy> strategy;
+  std::string svg; ///< a file name; empty for none
+  std::string why; ///< an entity; empty for none
+  Format format = Format::TABLE;
+  bool strict = false;
+  Verbosity verbosity = Verbosity::NORMAL;
+};
+
+/// Reads the command line into `options`. Gives the exit code where the program should end at once: 0 after printing
+/// help or the version to `out`, 2 after printing to `err` what is wrong.
+std::optional<int> read_command_line(int argc, char const* const* argv, Options& options, std::ostream& out,
+                                     std::ostream& err);
+
+} // namespace contours
+
+#endif
