@@ -147,12 +147,14 @@ private:
 
   // Validation.
 
+  class Validation;
   /// Makes `valid` false and describes the fault on `journal`. `journal`, `n1` and `n2` may be null.
   static void report_error(bool& valid, int code, OzJournal* journal, bool dotty, OzObjDepNode const* n1,
                            OzObjDepNode const* n2);
 
   // Dumps.
 
+  void debug_levels(OzJournal& journal, OzDebug level, int indent) const;
   static void debug_node(OzObjDepNode const* node, OzJournal& journal, int level, int indent, bool dotty,
                          NodeFilterTypes const& types, NodeFilters const& filters,
                          OzObjectDependencyFilter* link_filter);
