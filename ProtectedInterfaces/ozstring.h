@@ -87,8 +87,8 @@ public:
   OzString& append(OzString const& s);
   OzString& append(int value);
   OzString& append(unsigned int value);
-  /// Adds a number in the form of printf's `%.<precision>g` with `general` true, else `%.<precision>f`; the
-  /// locale in force sets the decimal point.
+  /// Adds a number as printf writes it with `precision` and its letter `g` where `general` is true, else
+  /// `f`; the locale in force sets the decimal point.
   OzString& append(double value, int precision, bool general);
 
   /// Replaces the text by what printf makes of `pattern` and the arguments, none of which may lie in this
