@@ -28,10 +28,10 @@ class OzJournal;
 /// Ownership: the sorter owns its chains and tables and hands out numbers only. It is not copyable.
 /// Threads: one at a time.
 /// Reports: a chain or link out of range, which is then used all the same; see the operations.
-/// Cost: `edge_gap` is asked once for each pair of ends of different edges, so 2 * n_edges squared times: where
-/// edges are many, put them into clusters first and sort each for itself. The dense form holds (2 * n_edges)
-/// squared doubles, 128 MB for 2,000 edges, and looks a gap up at once; the sparse form holds only the gaps of
-/// ends that may be joined, twice, and searches the list of an end for each look-up.
+/// Cost: `edge_gap` is asked once for each pair of ends of different edges, 2 * n_edges * (n_edges - 1) times: where
+/// edges are many, put them into clusters first and sort each for itself. Beside that a sort costs little, at most
+/// a walk over the gaps of one end for each join. The dense form holds (2 * n_edges) squared doubles, 128 MB for
+/// 2,000 edges; the sparse form holds only the gaps of ends that may be joined, twice.
 class OZ_EXPORT OzEdgeSorter
 {
 public:

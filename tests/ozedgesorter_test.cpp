@@ -1,9 +1,11 @@
 #include "ozedgesorter.h"
 
 #include "report_recorder.h"
+#include "vtable_slot.h"
 
 #include "ozjournal.h"
 #include "report_recorder.h"
+#include "vtable_slot.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -169,6 +171,12 @@ static_assert(!std::is_copy_constructible_v<OzEdgeSorter> && !std::is_copy_assig
 static_assert(std::is_abstract_v<OzEdgeSorter>);
 static_assert(OzEdgeSorter::OzSortClosestFirst == 0 && OzEdgeSorter::OzSortGrowChains == 1 &&
               OzEdgeSorter::OzSortSequential == 2 && OzEdgeSorter::OzSortFirstFit == 3);
+
+TEST(OzEdgeSorter, HasTheGapInFrontOfItsDestructor)
+{
+  EXPECT_EQ(vtable_slot(&TableSorter::edge_gap), 0);
+  EXPECT_EQ(vtable_slot(&OzEdgeSorter::debug), 3);
+}
 
 TEST(OzEdgeSorter, RefusesMoreEdgesThanEndPointsCanBeNumbered)
 {
