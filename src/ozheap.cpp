@@ -149,7 +149,10 @@ void OzHeap::move(int i, void* node)
 void OzHeap::attach(int i, void* node)
 {
   if (entry(i) == nodes.size())
-    nodes.resize(entry(i) + 1, true);
+  {
+    nodes.append(node);
+    return;
+  }
   nodes[entry(i)] = node;
 }
 
