@@ -66,8 +66,12 @@ public:
   friend bool operator!=(OzRCPtr const& a, OzRCPtr const& b) { return a.pointer != b.pointer; }
   friend bool operator==(OzRCPtr const& a, T const* b) { return a.pointer == b; }
   friend bool operator!=(OzRCPtr const& a, T const* b) { return a.pointer != b; }
+  friend bool operator==(T const* a, OzRCPtr const& b) { return a == b.pointer; }
+  friend bool operator!=(T const* a, OzRCPtr const& b) { return a != b.pointer; }
   friend bool operator==(OzRCPtr const& a, std::nullptr_t) { return a.pointer == nullptr; }
   friend bool operator!=(OzRCPtr const& a, std::nullptr_t) { return a.pointer != nullptr; }
+  friend bool operator==(std::nullptr_t, OzRCPtr const& b) { return b.pointer == nullptr; }
+  friend bool operator!=(std::nullptr_t, OzRCPtr const& b) { return b.pointer != nullptr; }
 
 private:
   /// Takes the reference back. Returns the object if nobody holds it any more, else null.
