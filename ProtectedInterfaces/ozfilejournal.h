@@ -57,7 +57,7 @@ protected:
   /// output, because the journal notes where its text ends.
   OzString& buffer()
   {
-    buffer_end_known = false;
+    buffer_end = UNKNOWN;
     return buffer_;
   }
 
@@ -65,13 +65,15 @@ protected:
   void flush_buffer();
 
 private:
+  static constexpr std::uint64_t UNKNOWN = ~std::uint64_t(0);
+
   void close_stream();
+  bool buffer_end_stands() const; // false where the buffer was plainly changed since
 
   OzString filename_;
   std::FILE* file_ = nullptr;
   OzString buffer_;
   std::uint64_t buffer_end = 0; // where the text in buffer_ ends, so that appending does not search for it
-  bool buffer_end_known = true;
 };
 
 #endif

@@ -1,5 +1,6 @@
 #include "ozfilejournal.h"
 
+#include <algorithm>
 #include <cstring>
 
 OzFileJournal::OzFileJournal()
@@ -86,15 +87,24 @@ void OzFileJournal::append_to_journal(OzString const& text)
     return;
   }
 
+  if (text.null() && buffer_end_stands())
+    return;
+  if (text.length() == 0) // one of the two may be without a terminator
+  {
+    buffer_.append(text);
+    return;
+  }
+
   // What buffer_.append(text) does, without its search for the end of the text.
-  char const* const added = text.as_const_c_string();
-  std::uint64_t const added_length = std::strlen(added);
-  if (!buffer_end_known)
+  if (!buffer_end_stands())
     buffer_end = std::strlen(buffer_.as_const_c_string());
-  buffer_end_known = true;
-  buffer_.resize(buffer_.length() + text.length() + 1, true);
-  std::memcpy(buffer_.as_c_string() + buffer_end, added, added_length);
-  buffer_end += added_length;
+  std::uint64_t const added = strnlen(text.as_const_c_string(), text.length() + 1);
+  std::uint64_t const size = std::max(buffer_.length() + text.length(), buffer_end + added) + 1;
+  buffer_.resize(size, true);
+
+  // `text` is looked at again only now: it may be the buffer, which has moved.
+  std::memcpy(buffer_.as_c_string() + buffer_end, text.as_const_c_string(), added);
+  buffer_end += added;
   buffer_.as_c_string()[buffer_end] = '\0';
 }
 
@@ -102,7 +112,15 @@ void OzFileJournal::flush_buffer()
 {
   buffer_ = "";
   buffer_end = 0;
-  buffer_end_known = true;
+}
+
+bool OzFileJournal::buffer_end_stands() const
+{
+  if (buffer_end > buffer_.length())
+    return false;
+
+  char const* const text = buffer_.as_const_c_string();
+  return text[buffer_end] == '\0' && (buffer_end == 0 || text[buffer_end - 1] != '\0');
 }
 
 void OzFileJournal::close_stream()
@@ -110,7 +128,7 @@ void OzFileJournal::close_stream()
   if (file_ == nullptr)
     return;
 
-  // The check itself closes: without a handler the stream stays open, unflushed, until the process ends. Deliberate.
+  // The check itself closes: without a handler the stream stays open, unflushed, until the process ends.
   std::FILE* const file = file_;
   file_ = nullptr;
   OZ_ASSERT(std::fclose(file) == 0);

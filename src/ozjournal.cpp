@@ -33,6 +33,8 @@ public:
       return OzString(text);
 
     int const length = std::snprintf(text, sizeof text, format, number);
+    if (length < 0) // beyond what printf can count, or can find memory for
+      return OzString();
     if (length < static_cast<int>(sizeof text))
       return OzString(text);
 
@@ -69,11 +71,12 @@ private:
     return true;
   }
 
-  /// Reads `%<width>.<precision><letter>` with an optional width.
+  /// Reads `%<width>.<precision><letter>` with an optional width. Anything else that a derived class may
+  /// have composed, flags above all, is left to printf.
   static bool parse(char const* format, std::uint64_t& width, int& precision, std::chars_format& notation)
   {
     char const* const end = format + std::strlen(format);
-    if (*format != '%')
+    if (*format != '%' || format[1] == '0')
       return false;
 
     std::from_chars_result read = std::from_chars(format + 1, end, width);
@@ -82,7 +85,7 @@ private:
       return false;
 
     read = std::from_chars(point + 1, end, precision);
-    if (read.ec != std::errc() || read.ptr + 1 != end)
+    if (read.ec != std::errc() || precision < 0 || read.ptr + 1 != end)
       return false;
 
     switch (*read.ptr)
