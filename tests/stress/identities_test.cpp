@@ -12,7 +12,7 @@
 namespace
 {
 constexpr int THREADS = 8;
-constexpr int DRAWS = 5000;
+constexpr int DRAWS = 20000;
 
 /// What eight threads draw together, in ascending order.
 template <class Number, class Draw>
