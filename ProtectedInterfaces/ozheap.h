@@ -15,7 +15,8 @@ public:
   OzHeapNode& operator=(OzHeapNode const& other);
   virtual ~OzHeapNode();
 
-  /// True when this node must stand above `other` in a heap of this direction; false for equals.
+  /// True when this node must stand above `other` in a heap of this direction; false for equals. A strict weak
+  /// order: how often and in which pairs nodes are asked is not fixed.
   virtual bool precedes(OzHeapNode const* other, bool descending) const = 0;
   /// A new node of the same type and content, which the caller owns.
   virtual OzHeapNode* clone() const = 0;
