@@ -1,0 +1,330 @@
+// What does an operation pay for keeping its history, and its caller for asking about it?
+//
+// Each run records a history, layer by layer as an operation does it, asks for the sources of every
+// result, and destroys the history. The counters tell the phases apart, in nanoseconds for each link, and
+// what a link takes in memory. Peers: an adjacency list of Boost.Graph, and the tables that one would
+// write by hand.
+
+#include "ozobjdependency.h"
+
+#include <benchmark/benchmark.h>
+#include <boost/graph/adjacency_list.hpp>
+#include <malloc.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <random>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace
+{
+typedef OzDynObj const* Object;
+typedef OzObjectDependency Dep;
+
+/// An object of the size that a small one has in a model.
+class Part : public OzDynObj
+{
+public:
+  OzDynObj* clone() const override { return new Part(*this); }
+  int identity() const override { return 0; }
+
+private:
+  double payload[5] = {};
+};
+
+/// What an operation tells its history, and the results that its caller asks about.
+struct Workload
+{
+  struct Step
+  {
+    OzArray<Object> sources, targets;
+    Dep::Type type;
+  };
+
+  std::vector<std::unique_ptr<Part>> parts;
+  std::vector<Step> steps;
+  std::vector<Object> results;
+  std::uint64_t links = 0;
+
+  Object make()
+  {
+    parts.push_back(std::make_unique<Part>());
+    return parts.back().get();
+  }
+  std::vector<Object> make(std::uint64_t n)
+  {
+    std::vector<Object> made;
+    for (std::uint64_t i = 0; i < n; ++i)
+      made.push_back(make());
+    return made;
+  }
+  void add(std::vector<Object> const& sources, std::vector<Object> const& targets, Dep::Type type)
+  {
+    Step step{{}, {}, type};
+    for (Object source : sources)
+      step.sources.append(source);
+    for (Object target : targets)
+      step.targets.append(target);
+    links += sources.size() * targets.size();
+    steps.push_back(step);
+  }
+};
+
+/// n objects, each modified five times.
+Workload chains(std::uint64_t n)
+{
+  Workload work;
+  std::vector<Object> layer = work.make(n);
+  for (int depth = 0; depth < 5; ++depth)
+  {
+    std::vector<Object> const next = work.make(n);
+    for (std::uint64_t i = 0; i < n; ++i)
+      work.add({layer[i]}, {next[i]}, Dep::MODIFICATION);
+    layer = next;
+  }
+  work.results = layer;
+  return work;
+}
+
+/// n objects, each split in three; the pieces are modified, and three by three, from anywhere, absorbed.
+Workload patchwork(std::uint64_t n)
+{
+  Workload work;
+  std::vector<Object> const whole = work.make(n);
+  std::vector<Object> pieces;
+  for (Object object : whole)
+  {
+    std::vector<Object> const split = work.make(3);
+    work.add({object}, split, Dep::SPLIT);
+    pieces.insert(pieces.end(), split.begin(), split.end());
+  }
+  for (Object& piece : pieces)
+  {
+    Object const modified = work.make();
+    work.add({piece}, {modified}, Dep::MODIFICATION);
+    piece = modified;
+  }
+  std::mt19937 random(1);
+  std::shuffle(pieces.begin(), pieces.end(), random);
+  for (std::uint64_t i = 0; i < n; ++i)
+  {
+    work.results.push_back(work.make());
+    work.add({pieces[3 * i], pieces[3 * i + 1], pieces[3 * i + 2]}, {work.results.back()}, Dep::ABSORPTION);
+  }
+  return work;
+}
+
+/// n objects created from nothing and then modified: the null object has n targets.
+Workload creations(std::uint64_t n)
+{
+  Workload work;
+  std::vector<Object> const created = work.make(n);
+  work.results = work.make(n);
+  for (Object object : created)
+    work.add({nullptr}, {object}, Dep::CREATION);
+  for (std::uint64_t i = 0; i < n; ++i)
+    work.add({created[i]}, {work.results[i]}, Dep::MODIFICATION);
+  return work;
+}
+
+class OzHistory
+{
+public:
+  void record(Workload::Step const& step)
+  {
+    if (step.sources.size() == 1 && step.targets.size() == 1)
+    {
+      graph.record_dependency(step.sources[0], step.targets[0], step.type, nullptr, nullptr);
+      return;
+    }
+    OzArrayIterator<Object> sources(&step.sources), targets(&step.targets);
+    graph.record_dependency(&sources, &targets, step.type, nullptr, nullptr);
+  }
+  std::uint64_t count_sources(Object object)
+  {
+    OzAutoPtr<OzIterator<Object>> result;
+    graph.get_source_objects(object, result, nullptr, nullptr);
+    std::uint64_t n = 0;
+    for (result->reset(); !result->done(); result->next())
+      n += result->current() != nullptr;
+    return n;
+  }
+
+private:
+  OzObjDependency graph;
+};
+
+/// What each link of the peers carries.
+struct Stamp
+{
+  Dep::Type type;
+  bool has_qualifier;
+  int qualifier;
+  int separator;
+  void* role;
+};
+
+class BoostHistory
+{
+public:
+  void record(Workload::Step const& step)
+  {
+    for (Object source : step.sources)
+      for (Object target : step.targets)
+      {
+        Vertex const from = vertex(source), to = vertex(target);
+        // The null object has too many targets to look through.
+        if (source != nullptr && boost::edge(from, to, graph).second)
+          return;
+        boost::add_edge(from, to, Stamp{step.type, false, -1, 0, nullptr}, graph);
+      }
+  }
+  std::uint64_t count_sources(Object object)
+  {
+    found.clear();
+    collect(vertices.at(object));
+    return found.size();
+  }
+
+private:
+  typedef boost::adjacency_list<boost::vecS, boost::vecS, boost::bidirectionalS, Object, Stamp> Graph;
+  typedef boost::graph_traits<Graph>::vertex_descriptor Vertex;
+
+  Vertex vertex(Object object)
+  {
+    auto const [at, is_new] = vertices.emplace(object, 0);
+    if (is_new)
+      at->second = boost::add_vertex(object, graph);
+    return at->second;
+  }
+  void collect(Vertex at)
+  {
+    auto const [first, last] = boost::in_edges(at, graph);
+    if (first == last && graph[at] != nullptr)
+      found.push_back(graph[at]);
+    for (auto edge = first; edge != last; ++edge)
+      collect(boost::source(*edge, graph));
+  }
+
+  Graph graph;
+  std::unordered_map<Object, Vertex> vertices;
+  std::vector<Object> found;
+};
+
+class HandWrittenHistory
+{
+public:
+  void record(Workload::Step const& step)
+  {
+    for (Object source : step.sources)
+      for (Object target : step.targets)
+      {
+        Node& to = nodes[target];
+        for (Link const& link : to.sources)
+          if (link.object == source)
+            return;
+        to.sources.push_back({source, {step.type, false, -1, 0, nullptr}});
+        nodes[source].targets.push_back({target, {step.type, false, -1, 0, nullptr}});
+      }
+  }
+  std::uint64_t count_sources(Object object)
+  {
+    found.clear();
+    collect(object);
+    return found.size();
+  }
+
+private:
+  struct Link
+  {
+    Object object;
+    Stamp stamp;
+  };
+  struct Node
+  {
+    std::vector<Link> sources, targets;
+  };
+
+  void collect(Object object)
+  {
+    std::vector<Link> const& sources = nodes.find(object)->second.sources;
+    if (sources.empty() && object != nullptr)
+      found.push_back(object);
+    for (Link const& link : sources)
+      collect(link.object);
+  }
+
+  std::unordered_map<Object, Node> nodes;
+  std::vector<Object> found;
+};
+
+double bytes_in_use()
+{
+  struct mallinfo2 const info = mallinfo2();
+  return static_cast<double>(info.uordblks) + static_cast<double>(info.hblkhd);
+}
+
+class Stopwatch
+{
+public:
+  /// The nanoseconds since the last call.
+  double lap()
+  {
+    auto const now = std::chrono::steady_clock::now();
+    double const passed = std::chrono::duration<double, std::nano>(now - start).count();
+    start = now;
+    return passed;
+  }
+
+private:
+  std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
+};
+
+template <class History, Workload (*make_workload)(std::uint64_t)>
+void RecordAndAsk(benchmark::State& state)
+{
+  Workload const work = make_workload(static_cast<std::uint64_t>(state.range(0)));
+  double recording = 0, asking = 0, destroying = 0, bytes = 0;
+
+  for (auto _ : state)
+  {
+    double const bytes_before = bytes_in_use();
+    Stopwatch watch;
+    auto history = std::make_unique<History>();
+    for (Workload::Step const& step : work.steps)
+      history->record(step);
+    recording += watch.lap();
+    bytes = bytes_in_use() - bytes_before;
+    watch.lap();
+    std::uint64_t found = 0;
+    for (Object result : work.results)
+      found += history->count_sources(result);
+    benchmark::DoNotOptimize(found);
+    asking += watch.lap();
+    history.reset();
+    destroying += watch.lap();
+  }
+
+  double const links = static_cast<double>(work.links);
+  double const runs = static_cast<double>(state.iterations());
+  state.counters["record_ns"] = recording / runs / links;
+  state.counters["ask_ns"] = asking / runs / links;
+  state.counters["destroy_ns"] = destroying / runs / links;
+  state.counters["bytes_per_link"] = bytes / links;
+  state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * work.links));
+}
+
+BENCHMARK(RecordAndAsk<OzHistory, chains>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(RecordAndAsk<BoostHistory, chains>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(RecordAndAsk<HandWrittenHistory, chains>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(RecordAndAsk<OzHistory, patchwork>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(RecordAndAsk<BoostHistory, patchwork>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(RecordAndAsk<HandWrittenHistory, patchwork>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(RecordAndAsk<OzHistory, creations>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(RecordAndAsk<BoostHistory, creations>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(RecordAndAsk<HandWrittenHistory, creations>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
+} // namespace
