@@ -12,8 +12,8 @@
 #include <malloc.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdint>
+#include <ctime>
 #include <memory>
 #include <random>
 #include <unordered_map>
@@ -268,20 +268,26 @@ double bytes_in_use()
   return static_cast<double>(info.uordblks) + static_cast<double>(info.hblkhd);
 }
 
+/// Counts the processor time of this thread, so that neighbours on the machine don't count.
 class Stopwatch
 {
 public:
   /// The nanoseconds since the last call.
   double lap()
   {
-    auto const now = std::chrono::steady_clock::now();
-    double const passed = std::chrono::duration<double, std::nano>(now - start).count();
-    start = now;
-    return passed;
+    double const before = std::exchange(start, now());
+    return start - before;
   }
 
 private:
-  std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
+  static double now()
+  {
+    timespec time;
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) * 1e9 + static_cast<double>(time.tv_nsec);
+  }
+
+  double start = now();
 };
 
 template <class History, Workload (*make_workload)(std::uint64_t)>
