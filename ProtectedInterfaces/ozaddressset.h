@@ -157,7 +157,7 @@ public:
 /// What is common to the look-ups by address. See OzAddressMap.
 ///
 /// The only entry of a map is in the map itself; several are listed in a block on the heap; and many are
-/// hashed: each stands at the place that its key gives, or at the next free one behind that.
+/// found through an index of the hashes of their keys.
 class OZ_EXPORT OzAddressMapBase
 {
 public:

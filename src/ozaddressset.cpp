@@ -368,87 +368,117 @@ OzAddressSetBase::Position OzAddressSetBase::position_above(Address address) con
   return position;
 }
 
-/// The entries begin behind this head. Up to LIST_SIZE they are the first `size` of them; in a larger
-/// table an entry without a key is free.
+/// The entries begin behind this head, in the order in which they came, so that a walk over objects that
+/// were made one after the other reads memory in order. Up to LIST_SIZE they are searched one by one. A
+/// larger table leaves a quarter of its capacity free; behind the entries stands an index of as many places
+/// as the capacity, in which a key's search begins at its home and ends at the first free place.
 struct OzAddressMapBase::Table
 {
-  std::uint32_t size;
-  std::uint32_t capacity; // a power of 2
+  std::uint32_t size; // without erased entries
+  std::uint32_t used; // with them; in a list there are none
+  std::uint64_t capacity; // a power of 2
 
-  static Table* make(std::uint32_t capacity)
+  static constexpr std::uint32_t FREE = ~std::uint32_t(0);
+
+  static std::uint64_t room(std::uint64_t capacity)
   {
-    Table* const made = ::new (allocate(sizeof(Table) + capacity * sizeof(Entry))) Table{0, capacity};
+    return capacity > LIST_SIZE ? capacity - capacity / 4 : capacity;
+  }
+  static std::size_t bytes(std::uint64_t capacity)
+  {
+    std::size_t const index_bytes = capacity > LIST_SIZE ? capacity * sizeof(std::uint32_t) : 0;
+    return sizeof(Table) + room(capacity) * sizeof(Entry) + index_bytes;
+  }
+  static Table* make(std::uint64_t capacity)
+  {
+    Table* const made = ::new (allocate(bytes(capacity))) Table{0, 0, capacity};
     if (made->is_hashed())
-      std::fill(made->begin(), made->end(), Entry{NOTHING, 0});
+      std::fill(made->index(), made->index() + capacity, FREE);
     return made;
   }
 
   bool is_hashed() const { return capacity > LIST_SIZE; }
-  bool is_full() const { return is_hashed() ? size >= capacity - capacity / 4 : size == capacity; }
+  bool is_full() const { return used == room(capacity); }
   Entry* begin() { return reinterpret_cast<Entry*>(this + 1); }
-  Entry* end() { return begin() + (is_hashed() ? capacity : size); }
+  Entry* end() { return begin() + used; }
+  std::uint32_t* index() { return reinterpret_cast<std::uint32_t*>(begin() + room(capacity)); }
+  std::uint64_t mask() const { return capacity - 1; }
 
-  /// Where the search for `key` begins. Multiplication by the golden section spreads objects that lie side
-  /// by side over the whole table.
-  std::uint32_t home(Address key) const
+  /// Multiplication by the golden section spreads objects that lie side by side over the whole index.
+  static std::uint64_t hash(Address key) { return (key >> 3) * 0x9E3779B97F4A7C15u; }
+  std::uint64_t home(std::uint64_t hash) const { return hash >> (64 - __builtin_ctzll(capacity)); }
+  /// What the index says of an entry: where it is, and in the bits that are left, some of its hash. So a
+  /// search seldom reads an entry in vain.
+  std::uint32_t tag(std::uint64_t hash) const
   {
-    return static_cast<std::uint32_t>(((key >> 3) * 0x9E3779B97F4A7C15u) >> (64 - __builtin_ctz(capacity)));
+    return static_cast<std::uint32_t>(hash >> 8) & ~static_cast<std::uint32_t>(mask());
   }
-  std::uint32_t next(std::uint32_t place) const { return (place + 1) & (capacity - 1); }
+  Entry& entry_of(std::uint32_t place) { return begin()[place & mask()]; }
+
+  /// Where the index says `key` is; a free place if it is not there.
+  std::uint64_t place_of(Address key)
+  {
+    std::uint64_t const key_hash = hash(key);
+    std::uint32_t const key_tag = tag(key_hash);
+    std::uint64_t place = home(key_hash);
+    for (;; place = (place + 1) & mask())
+    {
+      std::uint32_t const found = index()[place];
+      if (found == FREE || ((found & ~mask()) == key_tag && entry_of(found).key == key))
+        return place;
+    }
+  }
 
   Entry* find(Address key)
   {
-    if (!is_hashed())
+    if (is_hashed())
     {
-      Entry* const found =
-          std::find_if(begin(), end(), [key](Entry const& entry) { return entry.key == key; });
-      return found == end() ? nullptr : found;
+      std::uint32_t const found = index()[place_of(key)];
+      return found == FREE ? nullptr : &entry_of(found);
     }
-    std::uint32_t place = home(key);
-    while (begin()[place].key != key)
-    {
-      if (begin()[place].key == NOTHING)
-        return nullptr;
-      place = next(place);
-    }
-    return begin() + place;
+    Entry* const found = std::find_if(begin(), end(), [key](Entry const& entry) { return entry.key == key; });
+    return found == end() ? nullptr : found;
   }
 
   /// `entry` has a key that is not there, and there is room.
   void insert(Entry const& entry)
   {
-    std::uint32_t place = size;
     if (is_hashed())
-      for (place = home(entry.key); begin()[place].key != NOTHING; place = next(place))
-      {
-      }
-    begin()[place] = entry;
+      index()[place_of(entry.key)] = used | tag(hash(entry.key));
+    begin()[used] = entry;
+    ++used;
     ++size;
   }
 
-  void erase(Entry* entry)
+  bool erase(Address key)
   {
+    Entry* const entry = find(key);
+    if (entry == nullptr)
+      return false;
     --size;
     if (!is_hashed())
     {
-      *entry = begin()[size];
-      return;
+      --used;
+      *entry = begin()[used];
+      return true;
     }
 
-    // A search ends at the first free place. So each entry behind the gap whose search passes over it
+    // A search ends at the first free place. So each place behind the gap whose search passes over it
     // moves into it, and leaves the next gap behind.
-    std::uint32_t gap = static_cast<std::uint32_t>(entry - begin());
-    for (std::uint32_t place = next(gap); begin()[place].key != NOTHING; place = next(place))
+    std::uint64_t gap = place_of(key);
+    entry->key = NOTHING;
+    for (std::uint64_t place = (gap + 1) & mask(); index()[place] != FREE; place = (place + 1) & mask())
     {
-      std::uint32_t const way = (place - home(begin()[place].key)) & (capacity - 1);
-      std::uint32_t const way_to_gap = (place - gap) & (capacity - 1);
+      std::uint64_t const way = (place - home(hash(entry_of(index()[place]).key))) & mask();
+      std::uint64_t const way_to_gap = (place - gap) & mask();
       if (way >= way_to_gap)
       {
-        begin()[gap] = begin()[place];
+        index()[gap] = index()[place];
         gap = place;
       }
     }
-    begin()[gap] = {NOTHING, 0};
+    index()[gap] = FREE;
+    return true;
   }
 };
 
@@ -458,7 +488,7 @@ OzAddressMapBase::OzAddressMapBase(OzAddressMapBase const& other)
   if (content.key != TABLE)
     return;
 
-  std::size_t const bytes = sizeof(Table) + other.table()->capacity * sizeof(Entry);
+  std::size_t const bytes = Table::bytes(other.table()->capacity);
   content = {NOTHING, 0};
   void* const block = allocate(bytes);
   std::memcpy(block, other.table(), bytes);
@@ -500,12 +530,17 @@ bool OzAddressMapBase::insert_entry(Address key, Address value)
   return true;
 }
 
-/// Makes room for another entry behind the present ones.
+/// Moves to a table with room for another entry, without those that were erased.
 void OzAddressMapBase::grow()
 {
-  Position const present = first_position();
-  Table* const larger = Table::make(content.key == TABLE ? 2 * table()->capacity : SMALLEST_BLOCK);
-  for (Position position = present; position.at != position.end; position.advance())
+  std::uint64_t capacity = SMALLEST_BLOCK;
+  if (content.key == TABLE)
+    // If half of the room goes back to erased entries, that is enough.
+    capacity = table()->size > table()->used / 2 ? 2 * table()->capacity : table()->capacity;
+
+  Table* const larger = Table::make(capacity);
+  Position const last = last_position();
+  for (Position position = first_position(); position.at != last.at; position.advance())
     larger->insert(*position.at);
   clear();
   content = {TABLE, reinterpret_cast<Address>(larger)};
@@ -521,10 +556,8 @@ bool OzAddressMapBase::erase_key(Address key)
     return true;
   }
 
-  Entry* const entry = table()->find(key);
-  if (entry == nullptr)
+  if (!table()->erase(key))
     return false;
-  table()->erase(entry);
   if (table()->size == 0)
     clear();
   return true;
