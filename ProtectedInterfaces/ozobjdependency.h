@@ -6,8 +6,11 @@
 #include "ozobjectdependency.h"
 #include "ozstring.h"
 
+#include <memory>
+
 struct OzObjDepLink;
 struct OzObjDepNode;
+struct OzObjDepRecords;
 struct OzObjDepSimplifyContext;
 
 /// The history of an operation as a graph: a node for each object, a pair of link records, one at either
@@ -174,6 +177,7 @@ private:
   NodeFilters debug_node_filters; // beside debug_node_filter_types; not owned
   OzObjectDependencyFilter* debug_link_filter = nullptr;
   OzJournal* simplify_trace = nullptr;
+  std::shared_ptr<OzObjDepRecords> records; // the memory of nodes and links
 };
 
 #endif

@@ -374,8 +374,8 @@ OzAddressSetBase::Position OzAddressSetBase::position_above(Address address) con
 /// as the capacity, in which a key's search begins at its home and ends at the first free place.
 struct OzAddressMapBase::Table
 {
-  std::uint32_t size; // without erased entries
-  std::uint32_t used; // with them; in a list there are none
+  std::uint32_t size;     // without erased entries
+  std::uint32_t used;     // with them; in a list there are none
   std::uint64_t capacity; // a power of 2
 
   static constexpr std::uint32_t FREE = ~std::uint32_t(0);

@@ -39,10 +39,11 @@ bool has_repetition(Objects* objects)
   return false;
 }
 
-std::unique_ptr<OzObjDepLink> make_link(OzObjectDependency::Type type, int const* target_qualifier,
-                                        OzObjectDependencyRole const* role, int separator)
+std::unique_ptr<OzObjDepLink> make_link(OzObjDepShelf& shelf, OzObjectDependency::Type type,
+                                        int const* target_qualifier, OzObjectDependencyRole const* role,
+                                        int separator)
 {
-  auto link = std::make_unique<OzObjDepLink>();
+  std::unique_ptr<OzObjDepLink> link(new (shelf) OzObjDepLink);
   link->dependency_type = type;
   link->has_target_qualifier = target_qualifier != nullptr;
   if (target_qualifier != nullptr)
@@ -59,7 +60,10 @@ std::unique_ptr<OzObjDepLink> make_link(OzObjectDependency::Type type, int const
 }
 } // namespace
 
-OzObjDependency::OzObjDependency() = default;
+OzObjDependency::OzObjDependency()
+  : records(std::make_shared<OzObjDepRecords>())
+{
+}
 OzObjDependency::OzObjDependency(OzObjDependency const&) = default;
 OzObjDependency& OzObjDependency::operator=(OzObjDependency const&) = default;
 
@@ -292,8 +296,8 @@ void OzObjDependency::add_dependency_pair(OzDynObj const* source, OzDynObj const
     return;
 
   // The records come first: a role that cannot be cloned leaves the graph as it was.
-  auto backward = make_link(type, target_qualifier, role, current_separator);
-  auto forward = make_link(type, target_qualifier, role, current_separator);
+  auto backward = make_link(records->links, type, target_qualifier, role, current_separator);
+  auto forward = make_link(records->links, type, target_qualifier, role, current_separator);
 
   OzObjDepNode* const n1 = source_node(source, type);
   OzObjDepNode* const n2 = target_node(target, type);
@@ -308,7 +312,7 @@ OzObjDepNode* OzObjDependency::source_node(OzDynObj const* object, Type type)
   OzObjDepNode* const known = object_node_map.value(object);
   if (known == nullptr)
   {
-    auto made = std::make_unique<OzObjDepNode>(object);
+    std::unique_ptr<OzObjDepNode> made(new (records->nodes) OzObjDepNode(object));
     object_node_map.insert(object, made.get());
     OzObjDepNode* const node = made.release();
     roots.insert(node);
@@ -332,7 +336,7 @@ OzObjDepNode* OzObjDependency::target_node(OzDynObj const* object, Type type)
   OzObjDepNode* const known = object_node_map.value(object);
   if (known == nullptr)
   {
-    auto made = std::make_unique<OzObjDepNode>(object);
+    std::unique_ptr<OzObjDepNode> made(new (records->nodes) OzObjDepNode(object));
     object_node_map.insert(object, made.get());
     OzObjDepNode* const node = made.release();
     leaves.insert(node);

@@ -365,7 +365,7 @@ void OzObjDependency::link_n1_to_n3(OzObjDepSimplifyContext& context, OzObjDepNo
 
   auto const make_link = [&](OzObjDepNode* node)
   {
-    auto link = std::make_unique<OzObjDepLink>();
+    std::unique_ptr<OzObjDepLink> link(new (records->links) OzObjDepLink);
     link->node = node;
     link->dependency_type = type;
     link->has_target_qualifier = has_target_qualifier;
