@@ -101,10 +101,14 @@ private:
                                OzObjectDependencyRole const* role, bool* ok);
   void add_dependency_pair(OzDynObj const* source, OzDynObj const* target, Type type,
                            int const* target_qualifier, OzObjectDependencyRole const* role);
-  /// The node of `object`, made if there is none, with its place among `roots` and `leaves` as that of a
-  /// source, or of a target, of a dependency of `type`.
-  OzObjDepNode* source_node(OzDynObj const* object, Type type);
-  OzObjDepNode* target_node(OzDynObj const* object, Type type);
+  /// The same where the nodes have been looked up; null for one that there isn't.
+  void add_link(OzDynObj const* source, OzObjDepNode* n1, OzDynObj const* target, OzObjDepNode* n2, Type type,
+                int const* target_qualifier, OzObjectDependencyRole const* role);
+  OzObjDepNode* make_node(OzDynObj const* object);
+  /// The node `known`, or a new one if that is null, put among `roots` and `leaves` where a source, or a
+  /// target, of a dependency of `type` belongs.
+  OzObjDepNode* source_node(OzDynObj const* object, OzObjDepNode* known, Type type);
+  OzObjDepNode* target_node(OzDynObj const* object, OzObjDepNode* known, Type type);
   /// True if all sources of the object, or of each of the objects, carry one and the same qualifier, which
   /// is then written to `qualifier`.
   bool have_direct_sources_same_target_qualifier(OzDynObj const* object, int& qualifier) const;

@@ -440,14 +440,24 @@ struct OzAddressMapBase::Table
     return found == end() ? nullptr : found;
   }
 
-  /// `entry` has a key that is not there, and there is room.
-  void insert(Entry const& entry)
+  /// False if the key is there; otherwise there must be room.
+  bool insert(Entry const& entry)
   {
     if (is_hashed())
-      index()[place_of(entry.key)] = used | tag(hash(entry.key));
+    {
+      std::uint32_t& place = index()[place_of(entry.key)];
+      if (place != FREE)
+        return false;
+      place = used | tag(hash(entry.key));
+    }
+    else if (find(entry.key) != nullptr)
+    {
+      return false;
+    }
     begin()[used] = entry;
     ++used;
     ++size;
+    return true;
   }
 
   bool erase(Address key)
@@ -521,13 +531,13 @@ bool OzAddressMapBase::insert_entry(Address key, Address value)
     content = {key, value};
     return true;
   }
-  if (find(key) != nullptr)
-    return false;
-
   if (content.key != TABLE || table()->is_full())
+  {
+    if (find(key) != nullptr)
+      return false;
     grow();
-  table()->insert({key, value});
-  return true;
+  }
+  return table()->insert({key, value});
 }
 
 /// Moves to a table with room for another entry, without those that were erased.

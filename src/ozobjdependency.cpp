@@ -27,6 +27,12 @@ OzDynObj const* current_or_null(Objects const* objects, bool& delivered)
   return delivered ? objects->current() : nullptr;
 }
 
+/// Is there a link from n1 to n2? Either may be null.
+bool is_linked(OzObjDepNode const* n1, OzObjDepNode* n2)
+{
+  return n1 != nullptr && n2 != nullptr && n1->target_link_map.contains(n2);
+}
+
 bool has_repetition(Objects* objects)
 {
   if (objects == nullptr)
@@ -81,7 +87,9 @@ bool OzObjDependency::record_dependency(OzDynObj const* source, OzDynObj const* 
   if (type == TRANSFER)
     return true;
 
-  bool const is_new = check_dependency_pair(source, target);
+  OzObjDepNode* const n1 = object_node_map.value(source);
+  OzObjDepNode* const n2 = object_node_map.value(target);
+  bool const is_new = !is_linked(n1, n2);
   OZ_ASSERT(is_new);
   if (!is_new)
     return false;
@@ -91,7 +99,7 @@ bool OzObjDependency::record_dependency(OzDynObj const* source, OzDynObj const* 
       have_direct_sources_same_target_qualifier(source, inherited))
     target_qualifier = &inherited;
 
-  add_dependency_pair(source, target, type, target_qualifier, role);
+  add_link(source, n1, target, n2, type, target_qualifier, role);
   return true;
 }
 
@@ -238,10 +246,7 @@ bool OzObjDependency::check_dependency(int sources, int targets, Type type)
 
 bool OzObjDependency::check_dependency_pair(OzDynObj const* source, OzDynObj const* target) const
 {
-  OzObjDepNode const* const source_side = object_node_map.value(source);
-  OzObjDepNode* const target_side = object_node_map.value(target);
-  return source_side == nullptr || target_side == nullptr ||
-         !source_side->target_link_map.contains(target_side);
+  return !is_linked(object_node_map.value(source), object_node_map.value(target));
 }
 
 void OzObjDependency::check_or_add_dependency(bool check, Objects* sources, Objects* targets, Type type,
@@ -292,29 +297,39 @@ void OzObjDependency::check_or_add_dependency(bool check, Objects* sources, Obje
 void OzObjDependency::add_dependency_pair(OzDynObj const* source, OzDynObj const* target, Type type,
                                           int const* target_qualifier, OzObjectDependencyRole const* role)
 {
-  if (type == TRANSFER)
-    return;
+  if (type != TRANSFER)
+    add_link(source, object_node_map.value(source), target, object_node_map.value(target), type,
+             target_qualifier, role);
+}
 
+void OzObjDependency::add_link(OzDynObj const* source, OzObjDepNode* n1, OzDynObj const* target,
+                               OzObjDepNode* n2, Type type, int const* target_qualifier,
+                               OzObjectDependencyRole const* role)
+{
   // The records come first: a role that cannot be cloned leaves the graph as it was.
   auto backward = make_link(records->links, type, target_qualifier, role, current_separator);
   auto forward = make_link(records->links, type, target_qualifier, role, current_separator);
 
-  OzObjDepNode* const n1 = source_node(source, type);
-  OzObjDepNode* const n2 = target_node(target, type);
+  n1 = source_node(source, n1, type);
+  n2 = target_node(target, source == target ? n1 : n2, type);
   backward->node = n1;
   forward->node = n2;
   n1->add_target_link(forward.release());
   n2->add_source_link(backward.release());
 }
 
-OzObjDepNode* OzObjDependency::source_node(OzDynObj const* object, Type type)
+OzObjDepNode* OzObjDependency::make_node(OzDynObj const* object)
 {
-  OzObjDepNode* const known = object_node_map.value(object);
+  std::unique_ptr<OzObjDepNode> made(new (records->nodes) OzObjDepNode(object));
+  object_node_map.insert(object, made.get());
+  return made.release();
+}
+
+OzObjDepNode* OzObjDependency::source_node(OzDynObj const* object, OzObjDepNode* known, Type type)
+{
   if (known == nullptr)
   {
-    std::unique_ptr<OzObjDepNode> made(new (records->nodes) OzObjDepNode(object));
-    object_node_map.insert(object, made.get());
-    OzObjDepNode* const node = made.release();
+    OzObjDepNode* const node = make_node(object);
     roots.insert(node);
     return node;
   }
@@ -331,14 +346,11 @@ OzObjDepNode* OzObjDependency::source_node(OzDynObj const* object, Type type)
   return known;
 }
 
-OzObjDepNode* OzObjDependency::target_node(OzDynObj const* object, Type type)
+OzObjDepNode* OzObjDependency::target_node(OzDynObj const* object, OzObjDepNode* known, Type type)
 {
-  OzObjDepNode* const known = object_node_map.value(object);
   if (known == nullptr)
   {
-    std::unique_ptr<OzObjDepNode> made(new (records->nodes) OzObjDepNode(object));
-    object_node_map.insert(object, made.get());
-    OzObjDepNode* const node = made.release();
+    OzObjDepNode* const node = make_node(object);
     leaves.insert(node);
     return node;
   }
@@ -399,7 +411,6 @@ struct Turn
 {
   OzObjDepNode const* node;
   OzObjDepLinkSet::const_iterator next;
-  OzObjDepLinkSet::const_iterator end;
 };
 
 /// Walks all paths from `start`, depth first, along the links that `Side` names, and shows it each node at
@@ -408,33 +419,31 @@ struct Turn
 template <class Side>
 void walk(Side& side, OzObjDepNode const* start, OzObjectDependencyFilter* filter, bool* filtered_out)
 {
-  std::vector<Turn> path;
   if (side.ends_at(*start))
     return;
-  path.push_back({start, side.links(*start).begin(), side.links(*start).end()});
+  OzObjDepLinkSet::const_iterator const end;
+  std::vector<Turn> path;
+  path.push_back({start, side.links(*start).begin()});
 
   while (!path.empty())
   {
-    Turn& turn = path.back();
-    if (turn.next == turn.end)
-    {
+    OzObjDepNode const* const node = path.back().node;
+    OzObjDepLink const* const link = *path.back().next;
+    // A node leaves the path as soon as its last link is taken: a chain of any length needs one place.
+    if (++path.back().next == end)
       path.pop_back();
-      continue;
-    }
 
-    OzObjDepLink const* const link = *turn.next;
-    ++turn.next;
     // Dumps walk damaged graphs too.
     if (link == nullptr || link->node == nullptr)
       continue;
-    if (filter != nullptr && !side.accepts(*filter, *turn.node, *link))
+    if (filter != nullptr && !side.accepts(*filter, *node, *link))
     {
       if (filtered_out != nullptr)
         *filtered_out = true;
       continue;
     }
     if (!side.ends_at(*link->node))
-      path.push_back({link->node, side.links(*link->node).begin(), side.links(*link->node).end()});
+      path.push_back({link->node, side.links(*link->node).begin()});
   }
 }
 
