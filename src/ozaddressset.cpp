@@ -7,8 +7,8 @@
 
 namespace
 {
-// A leaf of 2 KiB: a change moves at most that much, and a directory of a million addresses is small.
-constexpr std::uint32_t LEAF_SIZE = 256;
+// A leaf of 1 KiB: a change moves at most that much, and a directory of a million addresses is small.
+constexpr std::uint32_t LEAF_SIZE = 128;
 
 // Up to here the entries of a map are listed and searched one by one.
 constexpr std::uint32_t LIST_SIZE = 8;

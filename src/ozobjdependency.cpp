@@ -423,6 +423,7 @@ void walk(Side& side, OzObjDepNode const* start, OzObjectDependencyFilter* filte
     return;
   OzObjDepLinkSet::const_iterator const end;
   std::vector<Turn> path;
+  path.reserve(8); // most histories are not deeper
   path.push_back({start, side.links(*start).begin()});
 
   while (!path.empty())
