@@ -93,7 +93,7 @@ protected:
 private:
   void replace_block(std::uint64_t n, std::uint64_t kept, T const* added);
   void take_over(T* block, std::uint64_t n);
-  void clear_slots(std::uint64_t from, std::uint64_t to);
+  __attribute__((noinline)) void clear_slots(std::uint64_t from, std::uint64_t to);
   void copy_elements(OzArray const& other);
   __attribute__((noinline)) void grow(std::uint64_t n, bool keep);
   __attribute__((noinline)) void grow_and_append(T const& value);

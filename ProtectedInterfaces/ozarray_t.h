@@ -212,7 +212,10 @@ void OzArray<T, A>::remove_last()
   if (size_ == 0)
     return;
 
-  clear_slots(size_ - 1, size_);
+  if constexpr (oz_array_detail::is_plain<T>)
+    data[size_ - 1] = T();
+  else
+    clear_slots(size_ - 1, size_);
   --size_;
 }
 
@@ -262,7 +265,7 @@ void OzArray<T, A>::take_over(T* block, std::uint64_t n)
   capacity = n;
 }
 
-/// Sets slots to T().
+/// Sets slots to T(). Out of line, like growing, so that resize is small enough to be inlined.
 template <class T, class A>
 void OzArray<T, A>::clear_slots(std::uint64_t from, std::uint64_t to)
 {
