@@ -36,15 +36,12 @@ namespace oz_array_detail
 template <class T>
 constexpr bool is_plain = std::is_arithmetic_v<T> || std::is_enum_v<T> || std::is_pointer_v<T>;
 
-// As many as a pointer difference can count the bytes of.
-template <class T>
-constexpr std::uint64_t most_elements = (~std::uint64_t(0) >> 1) / sizeof(T);
-
-// Throws std::bad_alloc for a size above that.
+// Throws std::bad_alloc for a size whose bytes a pointer difference could not count.
 template <class T>
 void check_size(std::uint64_t n)
 {
-  if (n > most_elements<T>)
+  constexpr std::uint64_t most_bytes = ~std::uint64_t(0) >> 1;
+  if (n > most_bytes / sizeof(T))
     throw std::bad_alloc();
 }
 
@@ -274,10 +271,6 @@ void OzArray<T, A>::clear_slots(std::uint64_t from, std::uint64_t to)
 {
   if constexpr (oz_array_detail::is_plain<T>)
   {
-    // check_size has kept every array below this. Told so, compilers don't follow a size of 2^64 - 1 in
-    // here and warn about it.
-    if (to - from > oz_array_detail::most_elements<T>)
-      __builtin_unreachable();
     std::fill(data + from, data + to, T());
   }
   else if constexpr (std::is_nothrow_copy_constructible_v<T>)
