@@ -7,6 +7,7 @@
 #include "ozrbt.h"
 
 #include <cstdint>
+#include <type_traits>
 
 template <class K, class V>
 class OzMap;
@@ -93,6 +94,16 @@ protected:
 private:
   typedef OzMapNode<K, V> Node;
   static Node* node(OzRBTreeNode* any) { return static_cast<Node*>(any); }
+
+  /// Keys of which each two are comparable. Only for these a search may go by the order of the nodes alone;
+  /// with others, such as a double, which may be a NaN, the nodes are asked the questions of OzRBTree.
+  static constexpr bool STRICT_ORDER = (std::is_integral_v<K> || std::is_pointer_v<K>)&&sizeof(K) <= 8;
+
+  static OzRBTreeNode* child(OzRBTreeNode const* x, K here, K wanted);
+  OzRBTreeNode* search(K const& key) const;
+  bool is_only_one(OzRBTreeNode* x) const;
+  static int list_equal(OzRBTreeNode* x, OzRBTreeNode* nil, K key, OzList<V>* values);
+  void copy_nodes(OzMap const& other);
 
   friend class OzMapIterator<K, V>;
 };

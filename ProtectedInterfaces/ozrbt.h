@@ -101,6 +101,25 @@ protected:
   /// Adds `z`, whose children are `nil`, behind all nodes with the same key.
   void rb_insert(OzRBTreeNode* z);
 
+  /// As rb_insert, for a derived class whose nodes are in strict order and which has found the place already:
+  /// `z` goes below `parent`, on the side told, or becomes the root of an empty tree if `parent` is nil. The
+  /// records of right_most are renewed only as far up as they change. Where all of them were right before,
+  /// this leaves the very shape, colours and records that rb_insert leaves.
+  ///
+  /// The order is strict if no node on the left of another has a greater key than that one: for numbers and
+  /// addresses it is, but not where some keys cannot be compared. The same goes for the next three.
+  void insert_below(OzRBTreeNode* z, OzRBTreeNode* parent, bool on_the_right);
+
+  /// Adds `z` as the last node in the order, below `last`, which is nil in an empty tree and otherwise the
+  /// last node so far. No record of right_most is renewed: when all nodes have been added, `renew_all`
+  /// makes up for it. So a whole tree is built in one pass from nodes in ascending order, with the shape and
+  /// colours that rb_insert would give it.
+  void append_unrecorded(OzRBTreeNode* z, OzRBTreeNode* last);
+  /// Renews the records of all nodes at and below `x`.
+  void renew_all(OzRBTreeNode* x);
+  /// As rb_delete, but the records of right_most are renewed only as far up as they change.
+  void delete_node(OzRBTreeNode* z);
+
   /// Hangs `z` into its place and does nothing more: no colour, no record of right_most, no balance. A null
   /// `z` is ignored.
   void insert(OzRBTreeNode* z);
@@ -152,11 +171,33 @@ private:
   static constexpr std::int32_t BLACK = OzRBTreeNode::BLACK;
   static constexpr std::int32_t RED = OzRBTreeNode::RED;
 
+  /// Which records of right_most are renewed after a change: all up to the root, those that change, or none.
+  enum class Records
+  {
+    ALL,
+    CHANGED,
+    NONE
+  };
+
   bool is_node(OzRBTreeNode const* x) const { return x != nil && x != nullptr; }
-  void attach(OzRBTreeNode* z);
-  void insert_fixup(OzRBTreeNode* z);
+  void attach(OzRBTreeNode* z, OzRBTreeNode* parent, bool on_the_right);
+  void attach_in_order(OzRBTreeNode* z);
   void replace_child(OzRBTreeNode* parent, OzRBTreeNode* child, OzRBTreeNode* replacement);
+  template <Records RECORDS>
+  void insert_fixup(OzRBTreeNode* z);
+  template <Records RECORDS>
+  void remove_node(OzRBTreeNode* z);
+  template <Records RECORDS>
+  void delete_fixup(OzRBTreeNode* x);
+  template <Records RECORDS>
+  void turn_left(OzRBTreeNode* x);
+  template <Records RECORDS>
+  void turn_right(OzRBTreeNode* x);
+  template <Records RECORDS>
+  void renew_turned(OzRBTreeNode* x, OzRBTreeNode* y);
   void renew_right_most(OzRBTreeNode* n);
+  void renew_in_strict_order(OzRBTreeNode* n);
+  void renew_while_changing(OzRBTreeNode* n, OzRBTreeNode* moved);
   OzRBTreeNode* find_all_step(OzRBTreeNode const* query, OzRBTreeNode* x) const;
 };
 

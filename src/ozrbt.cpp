@@ -52,7 +52,18 @@ OzRBTree::~OzRBTree()
   nil = nullptr;
 }
 
-void OzRBTree::attach(OzRBTreeNode* z)
+void OzRBTree::attach(OzRBTreeNode* z, OzRBTreeNode* parent, bool on_the_right)
+{
+  z->parent_ = parent;
+  if (!is_node(parent))
+    root = z;
+  else if (on_the_right)
+    parent->right_ = z;
+  else
+    parent->left_ = z;
+}
+
+void OzRBTree::attach_in_order(OzRBTreeNode* z)
 {
   OzRBTreeNode* y = nil;
   bool on_the_right = false;
@@ -61,14 +72,7 @@ void OzRBTree::attach(OzRBTreeNode* z)
     y = x;
     on_the_right = z->greater_equal(x);
   }
-
-  z->parent_ = y;
-  if (!is_node(y))
-    root = z;
-  else if (on_the_right)
-    y->right_ = z;
-  else
-    y->left_ = z;
+  attach(z, y, on_the_right);
 }
 
 void OzRBTree::rb_insert(OzRBTreeNode* z)
@@ -77,13 +81,40 @@ void OzRBTree::rb_insert(OzRBTreeNode* z)
   if (!is_node(z))
     return;
 
-  attach(z);
+  attach_in_order(z);
   update_max(z);
   z->color = RED;
-  insert_fixup(z);
+  insert_fixup<Records::ALL>(z);
+}
+
+void OzRBTree::insert_below(OzRBTreeNode* z, OzRBTreeNode* parent, bool on_the_right)
+{
+  attach(z, parent, on_the_right);
+  z->right_most_ = z;
+  renew_while_changing(parent, nullptr);
+  z->color = RED;
+  insert_fixup<Records::CHANGED>(z);
+}
+
+void OzRBTree::append_unrecorded(OzRBTreeNode* z, OzRBTreeNode* last)
+{
+  attach(z, last, true);
+  z->color = RED;
+  insert_fixup<Records::NONE>(z);
+}
+
+void OzRBTree::renew_all(OzRBTreeNode* x)
+{
+  if (!is_node(x))
+    return;
+
+  renew_all(x->left_);
+  renew_all(x->right_);
+  renew_in_strict_order(x);
 }
 
 // Invariant: z is red, and the only violation of the rules is that z's parent may be red too.
+template <OzRBTree::Records RECORDS>
 void OzRBTree::insert_fixup(OzRBTreeNode* z)
 {
   while (z != root && z->parent_->color == RED)
@@ -107,22 +138,22 @@ void OzRBTree::insert_fixup(OzRBTreeNode* z)
       if (z == z->parent_->right_)
       {
         z = z->parent_;
-        left_rotate(z);
+        turn_left<RECORDS>(z);
       }
       z->parent_->color = BLACK;
       z->parent_->parent_->color = RED;
-      right_rotate(z->parent_->parent_);
+      turn_right<RECORDS>(z->parent_->parent_);
     }
     else
     {
       if (z == z->parent_->left_)
       {
         z = z->parent_;
-        right_rotate(z);
+        turn_right<RECORDS>(z);
       }
       z->parent_->color = BLACK;
       z->parent_->parent_->color = RED;
-      left_rotate(z->parent_->parent_);
+      turn_left<RECORDS>(z->parent_->parent_);
     }
   }
   root->color = BLACK;
@@ -131,7 +162,7 @@ void OzRBTree::insert_fixup(OzRBTreeNode* z)
 void OzRBTree::insert(OzRBTreeNode* z)
 {
   if (is_node(z))
-    attach(z);
+    attach_in_order(z);
 }
 
 void OzRBTree::replace_child(OzRBTreeNode* parent, OzRBTreeNode* child, OzRBTreeNode* replacement)
@@ -147,9 +178,18 @@ void OzRBTree::replace_child(OzRBTreeNode* parent, OzRBTreeNode* child, OzRBTree
 void OzRBTree::rb_delete(OzRBTreeNode* z)
 {
   OZ_ASSERT(is_node(z));
-  if (!is_node(z))
-    return;
+  if (is_node(z))
+    remove_node<Records::ALL>(z);
+}
 
+void OzRBTree::delete_node(OzRBTreeNode* z)
+{
+  remove_node<Records::CHANGED>(z);
+}
+
+template <OzRBTree::Records RECORDS>
+void OzRBTree::remove_node(OzRBTreeNode* z)
+{
   OzRBTreeNode* const y = is_node(z->left_) && is_node(z->right_) ? tree_minimum(z->right_) : z;
   OzRBTreeNode* const x = is_node(y->left_) ? y->left_ : y->right_;
   OzRBTreeNode* const parent = y->parent_;
@@ -161,12 +201,21 @@ void OzRBTree::rb_delete(OzRBTreeNode* z)
 
   if (y != z)
     z->assign(y);
+  if (RECORDS == Records::CHANGED)
+  {
+    // Before the repair, since its rotations rely on records that are right.
+    renew_while_changing(parent, nullptr);
+    if (y != z)
+      renew_while_changing(z, z);
+  }
   if (y->color == BLACK)
-    rb_delete_fixup(x);
-
-  // The second walk is for the key that z has taken over; its first step is idle if z itself goes.
-  update_max(parent);
-  update_max(z);
+    delete_fixup<RECORDS>(x);
+  if (RECORDS == Records::ALL)
+  {
+    // The second walk is for the key that z has taken over; its first step is idle if z itself goes.
+    update_max(parent);
+    update_max(z);
+  }
 
   y->left_ = nullptr;
   y->right_ = nullptr;
@@ -175,8 +224,14 @@ void OzRBTree::rb_delete(OzRBTreeNode* z)
   delete y;
 }
 
-// Invariant: all paths through x have one black node too few, and x may be nil, with its parent set.
 void OzRBTree::rb_delete_fixup(OzRBTreeNode* x)
+{
+  delete_fixup<Records::ALL>(x);
+}
+
+// Invariant: all paths through x have one black node too few, and x may be nil, with its parent set.
+template <OzRBTree::Records RECORDS>
+void OzRBTree::delete_fixup(OzRBTreeNode* x)
 {
   OZ_ASSERT(x != nullptr);
   if (x == nullptr)
@@ -192,7 +247,7 @@ void OzRBTree::rb_delete_fixup(OzRBTreeNode* x)
       {
         sibling->color = BLACK;
         parent->color = RED;
-        left_rotate(parent);
+        turn_left<RECORDS>(parent);
         sibling = parent->right_;
       }
       if (sibling->left_->color == BLACK && sibling->right_->color == BLACK)
@@ -205,13 +260,13 @@ void OzRBTree::rb_delete_fixup(OzRBTreeNode* x)
       {
         sibling->left_->color = BLACK;
         sibling->color = RED;
-        right_rotate(sibling);
+        turn_right<RECORDS>(sibling);
         sibling = parent->right_;
       }
       sibling->color = parent->color;
       parent->color = BLACK;
       sibling->right_->color = BLACK;
-      left_rotate(parent);
+      turn_left<RECORDS>(parent);
     }
     else
     {
@@ -220,7 +275,7 @@ void OzRBTree::rb_delete_fixup(OzRBTreeNode* x)
       {
         sibling->color = BLACK;
         parent->color = RED;
-        right_rotate(parent);
+        turn_right<RECORDS>(parent);
         sibling = parent->left_;
       }
       if (sibling->right_->color == BLACK && sibling->left_->color == BLACK)
@@ -233,13 +288,13 @@ void OzRBTree::rb_delete_fixup(OzRBTreeNode* x)
       {
         sibling->right_->color = BLACK;
         sibling->color = RED;
-        left_rotate(sibling);
+        turn_left<RECORDS>(sibling);
         sibling = parent->left_;
       }
       sibling->color = parent->color;
       parent->color = BLACK;
       sibling->left_->color = BLACK;
-      right_rotate(parent);
+      turn_right<RECORDS>(parent);
     }
     x = root;
   }
@@ -336,9 +391,19 @@ OzRBTreeNode* OzRBTree::tree_successor(OzRBTreeNode* x) const
 
 void OzRBTree::left_rotate(OzRBTreeNode* x)
 {
-  if (x == nullptr || !is_node(x->right_))
-    return;
+  if (x != nullptr && is_node(x->right_))
+    turn_left<Records::ALL>(x);
+}
 
+void OzRBTree::right_rotate(OzRBTreeNode* x)
+{
+  if (x != nullptr && is_node(x->left_))
+    turn_right<Records::ALL>(x);
+}
+
+template <OzRBTree::Records RECORDS>
+void OzRBTree::turn_left(OzRBTreeNode* x)
+{
   OzRBTreeNode* const y = x->right_;
   x->right_ = y->left_;
   // nil keeps its parent: while a deletion is repaired, that is the way up from the gap.
@@ -348,16 +413,12 @@ void OzRBTree::left_rotate(OzRBTreeNode* x)
   replace_child(x->parent_, x, y);
   y->left_ = x;
   x->parent_ = y;
-
-  update_max(x);
-  update_max(y);
+  renew_turned<RECORDS>(x, y);
 }
 
-void OzRBTree::right_rotate(OzRBTreeNode* x)
+template <OzRBTree::Records RECORDS>
+void OzRBTree::turn_right(OzRBTreeNode* x)
 {
-  if (x == nullptr || !is_node(x->left_))
-    return;
-
   OzRBTreeNode* const y = x->left_;
   x->left_ = y->right_;
   if (is_node(y->right_))
@@ -366,9 +427,27 @@ void OzRBTree::right_rotate(OzRBTreeNode* x)
   replace_child(x->parent_, x, y);
   y->right_ = x;
   x->parent_ = y;
+  renew_turned<RECORDS>(x, y);
+}
 
-  update_max(x);
-  update_max(y);
+// After `y` has been turned up into the place of `x`.
+template <OzRBTree::Records RECORDS>
+void OzRBTree::renew_turned(OzRBTreeNode* x, OzRBTreeNode* y)
+{
+  if (RECORDS == Records::ALL)
+  {
+    update_max(x);
+    update_max(y);
+  }
+  if (RECORDS == Records::CHANGED)
+  {
+    // Both stand for the same nodes as before. Only of equal keys another one may come first now.
+    OzRBTreeNode* const before = x->right_most_;
+    renew_in_strict_order(x);
+    renew_in_strict_order(y);
+    if (y->right_most_ != before)
+      renew_while_changing(y->parent_, nullptr);
+  }
 }
 
 void OzRBTree::renew_right_most(OzRBTreeNode* n)
@@ -378,6 +457,27 @@ void OzRBTree::renew_right_most(OzRBTreeNode* n)
     n->right_most_ = n->left_->right_most_;
   if (is_node(n->right_) && !n->right_most_ge(n->right_))
     n->right_most_ = n->right_->right_most_;
+}
+
+// Nothing on the left is greater than `n`, and of equal keys that of `n` comes first.
+void OzRBTree::renew_in_strict_order(OzRBTreeNode* n)
+{
+  n->right_most_ = n;
+  if (n->right_ != nil && !n->right_most_ge(n->right_))
+    n->right_most_ = n->right_->right_most_;
+}
+
+// Goes up from `n` as long as a record changes, or is `moved`, whose key is another one now. Further up
+// every record follows from what it followed from before.
+void OzRBTree::renew_while_changing(OzRBTreeNode* n, OzRBTreeNode* moved)
+{
+  for (; is_node(n); n = n->parent_)
+  {
+    OzRBTreeNode* const before = n->right_most_;
+    renew_in_strict_order(n);
+    if (n->right_most_ == before && before != moved)
+      return;
+  }
 }
 
 void OzRBTree::update_max(OzRBTreeNode* x)

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <map>
 #include <new>
 #include <random>
@@ -550,6 +551,42 @@ TEST(OzMap, PointerKeysAreOrderedByAddressAndAreNotLookedInto)
   EXPECT_EQ(map.at(&texts[2]), 2);
   EXPECT_EQ(map.find(&other_a, nullptr), 0);
   EXPECT_EQ(map.find(nullptr, nullptr), 0);
+}
+
+template <class Number>
+class OzMapOfNumbers : public testing::Test
+{
+};
+
+typedef testing::Types<bool, signed char, unsigned char, short, unsigned, long, unsigned long, float> Numbers;
+TYPED_TEST_SUITE(OzMapOfNumbers, Numbers);
+
+TYPED_TEST(OzMapOfNumbers, AreOrderedByTheirTypeFromTheLeastToTheGreatest)
+{
+  typedef std::numeric_limits<TypeParam> Limits;
+  TypeParam const least = Limits::lowest();
+  TypeParam const greatest = Limits::max();
+  OzMap<TypeParam, int> map;
+  map[greatest] = 3;
+  map[static_cast<TypeParam>(1)] = std::is_same<TypeParam, bool>::value ? 3 : 2;
+  map[static_cast<TypeParam>(0)] = std::is_signed<TypeParam>::value ? 1 : 0;
+  map[least] = 0;
+
+  std::vector<int> values;
+  OzMapIterator<TypeParam, int> i(&map);
+  for (i.reset(); !i.done(); i.next())
+    values.push_back(i.current());
+  std::vector<int> expected = {0, 1, 2, 3};
+  if (!std::is_signed<TypeParam>::value)
+    expected = {0, 2, 3};
+  if (std::is_same<TypeParam, bool>::value)
+    expected = {0, 3};
+  EXPECT_EQ(values, expected);
+  EXPECT_EQ(map.at(least), 0);
+  EXPECT_EQ(map.at(greatest), 3);
+  map.remove(greatest);
+  EXPECT_EQ(map.find(greatest, nullptr), 0);
+  EXPECT_EQ(map.find(least, nullptr), 1);
 }
 
 /// A key that can be compared in the two ways that a map needs, and in no other.
