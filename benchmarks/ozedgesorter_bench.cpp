@@ -10,9 +10,9 @@
 #include <random>
 #include <vector>
 
-// What does sorting cost beyond the questions that nobody can spare: the gaps of all pairs of ends? The peer asks
-// for the same gaps through the same virtual operation, in the same order, and only keeps them: in a table as
-// the dense form does, or in a list of those that may be joined as the sparse form does.
+// What does sorting cost beyond the questions that nobody can spare: the gaps of all pairs of ends? The peer
+// asks for the same gaps through the same virtual operation, in the same order, and only keeps them: in a
+// table as the dense form does, or in a list of those that may be joined as the sparse form does.
 
 namespace
 {
@@ -66,8 +66,8 @@ private:
   double reach;
 };
 
-// With two classes to choose from no compiler puts a direct call in the place of the virtual one, which it could
-// do for the peer alone.
+// With two classes to choose from no compiler puts a direct call in the place of the virtual one, which it
+// could do for the peer alone.
 std::unique_ptr<AskedSorter> make_sorter(std::vector<Point> const& points, double reach, bool sparse,
                                          bool straight_lines = true)
 {

@@ -223,8 +223,8 @@ void OzEdgeSorter::initialize()
     fill_lists(closed);
 }
 
-// Asks for the half of the table in which the row belongs to the lower edge, column by column as it is stored,
-// and copies it to the other half strip by strip, while it is still at hand. Every cell is written.
+// Asks for the half of the table in which the row belongs to the lower edge, column by column as it is
+// stored, and copies it to the other half strip by strip, while it is still at hand. Every cell is written.
 void OzEdgeSorter::fill_table(OzArray<bool> const& closed)
 {
   constexpr std::uint64_t strip = 32; // columns, an even number
@@ -285,10 +285,11 @@ void OzEdgeSorter::fill_lists(OzArray<bool> const& closed)
 
 void OzEdgeSorter::add_neighbours(std::uint64_t p, std::uint64_t q, double gap)
 {
-  neighbours[p].append(static_cast<int>(q));
-  neighbours[q].append(static_cast<int>(p));
+  // Gaps first: should memory run out in between, no neighbour is left without one.
   neighbour_gaps[p].append(gap);
   neighbour_gaps[q].append(gap);
+  neighbours[p].append(static_cast<int>(q));
+  neighbours[q].append(static_cast<int>(p));
 }
 
 bool OzEdgeSorter::initialized() const

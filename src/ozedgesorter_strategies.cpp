@@ -22,12 +22,12 @@ bool joins(double gap)
 }
 } // namespace
 
-/// Delivers all candidates in rounds: those of a round have gaps above all of the round before, and equal gaps
-/// are in one round.
+/// Delivers all candidates in rounds: those of a round have gaps above all of the round before, and equal
+/// gaps are in one round.
 ///
-/// Where most ends may be joined there are far more candidates than joins, and most die before their turn. So a
-/// round keeps the least gaps only, and what is then still open and free is looked at again in the next. Rounds
-/// double in size, so that there are few of them even if every candidate lives.
+/// Where most ends may be joined there are far more candidates than joins, and most die before their turn. So
+/// a round keeps the least gaps only, and what is then still open and free is looked at again in the next.
+/// Rounds double in size, so that there are few of them even if every candidate lives.
 class OzEdgeSorting::Rounds
 {
 public:
@@ -102,8 +102,8 @@ private:
 ///
 /// The search takes, of equal gaps, the pair with the highest outer chain, of these the one with the highest
 /// inner chain, and of these the one with the latest ends. The highest chain that has any candidate is the
-/// outer one of all its candidates; it takes the key of none other by joining, and keeps its own. So chains get
-/// their turn from the highest down, and each one joins until it has no candidate left.
+/// outer one of all its candidates; it takes the key of none other by joining, and keeps its own. So chains
+/// get their turn from the highest down, and each one joins until it has no candidate left.
 class OzEdgeSorting::Group
 {
 public:
@@ -282,8 +282,8 @@ void OzEdgeSorting::closest_first()
   }
 }
 
-// A chain that has grown is closed, so whatever is still open is an edge that nothing was joined to: the places
-// that decide between equal gaps are those of the edges.
+// A chain that has grown is closed, so whatever is still open is an edge that nothing was joined to: the
+// places that decide between equal gaps are those of the edges.
 void OzEdgeSorting::grow_chains()
 {
   close_lonely_ends();
@@ -317,8 +317,7 @@ void OzEdgeSorting::grow_chains()
   write_chains();
 }
 
-// The chains in front of `key` are closed, and those behind it are single edges still: the first chain and end
-// that fit are the lowest end point.
+// The chains in front of `key` are closed, and those behind it are single edges still.
 void OzEdgeSorting::sequential()
 {
   close_branches();
@@ -326,28 +325,29 @@ void OzEdgeSorting::sequential()
   {
     if (!alive(key))
       continue;
-    for (int q = first_fitting_end(free_ends[at(2 * key + 1)]); q != NONE;
-         q = first_fitting_end(free_ends[at(2 * key + 1)]))
-      link(key, 1, q / 2, q % 2, key);
-    close(free_ends[at(2 * key + 1)]);
 
-    for (int q = first_fitting_end(free_ends[at(2 * key)]); q != NONE;
-         q = first_fitting_end(free_ends[at(2 * key)]))
+    int const& end = free_ends[at(2 * key + 1)];
+    for (int q = only_fitting_end(end); q != NONE; q = only_fitting_end(end))
+      link(key, 1, q / 2, q % 2, key);
+    close(end);
+
+    int const& start = free_ends[at(2 * key)];
+    for (int q = only_fitting_end(start); q != NONE; q = only_fitting_end(start))
       link(q / 2, q % 2, key, 0, key);
-    close(free_ends[at(2 * key)]);
+    close(start);
   }
   write_chains();
 }
 
-// The search begins anew after each join, yet no two chains in front of the outer one fit, and a join makes no
-// ends fit that did not before. So only the joined chain itself is to be looked at again.
+// The search begins anew after each join, yet no two chains in front of the outer one fit, and a join makes
+// no ends fit that did not before. So only the joined chain itself is to be looked at again.
 void OzEdgeSorting::first_fit(bool keep_order)
 {
   close_lonely_ends();
   for (int outer = 0; outer < n_edges(); ++outer)
   {
-    // With keep_order the joined chain stands at the lower place, with ends that the chains up to `outer` have
-    // not seen there. Its lowest partner, be it in front or behind, then makes the first pair that fits.
+    // With keep_order the joined chain stands at the lower place, with ends that the chains up to `outer`
+    // have not seen there. Its lowest partner, be it in front or behind, then makes the first pair that fits.
     int key = outer;
     Partner partner = lowest_partner(key, outer);
     while (partner.key != NONE)
@@ -567,22 +567,22 @@ OzEdgeSorting::Partner OzEdgeSorting::first_exact_or_closest(int outer, int inne
   return best;
 }
 
-// The lowest end point that an open end can be joined to, or NONE.
-int OzEdgeSorting::first_fitting_end(int p) const
+// What an open end can be joined to once branches are closed, or NONE: it has one candidate at most then.
+int OzEdgeSorting::only_fitting_end(int p) const
 {
   int const key = ends[at(p)].key;
-  int first = NONE;
+  int fitting = NONE;
   if (key == NONE)
-    return first;
+    return fitting;
 
   each_neighbour(p,
                  [&](int q, double g)
                  {
                    int const other = ends[at(q)].key;
-                   if (other != NONE && other != key && joins(g) && (first == NONE || q < first))
-                     first = q;
+                   if (other != NONE && other != key && joins(g))
+                     fitting = q;
                  });
-  return first;
+  return fitting;
 }
 
 // Leaves a chain for each key that was not absorbed, in the order of keys.

@@ -19,7 +19,8 @@ class OzEdgeChain;
 /// - Joins are links between end points. The edges of a chain are written down once, in the end, by walking
 ///   from its free start to its free end.
 /// - A gap that joins nothing at some moment (an end is taken or closed, or both ends lie in one chain) never
-///   does later. So gaps are gone through once, from the least up, or chain by chain in the order of the search.
+///   does later. So gaps are gone through once, from the least up, or chain by chain in the order of the
+///   search.
 ///
 /// Cost: one walk over all gaps, and a look at the gaps of the two ends of a chain for each join.
 class OzEdgeSorting
@@ -89,7 +90,7 @@ private:
   Partner closest_partner(int key) const;
   Partner lowest_partner(int key, int below) const;
   Partner first_exact_or_closest(int outer, int inner) const;
-  int first_fitting_end(int p) const;
+  int only_fitting_end(int p) const;
   void write_chains();
   void write_chain(int key, std::vector<int>& path);
   bool closed(OzEdgeChain const& chain) const;

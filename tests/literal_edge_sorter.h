@@ -8,8 +8,8 @@
 #include <utility>
 #include <vector>
 
-/// The edge sorter as its strategies are defined: a search over all pairs of chains before each join. Slow and
-/// plain; what the library's sorter does is held against it.
+/// The edge sorter as its strategies are defined: a search over all pairs of chains before each join. Slow
+/// and plain; what the library's sorter does is held against it.
 class LiteralEdgeSorter
 {
 public:

@@ -21,8 +21,8 @@
 
 namespace
 {
-// Lets the tests see what shows nowhere outside: whether an end is closed, which decides what counts as a ring,
-// and how long the lists are.
+// Lets the tests see what shows nowhere outside: whether an end is closed, which decides what counts as a
+// ring, and how long the lists are.
 template <class Name, auto Member>
 struct Reach
 {
@@ -135,8 +135,8 @@ public:
 
   int n_edges() { return chance(20) ? below(4) : below(41); }
 
-  // Gaps as from nowhere: a few values, each of them often. Not the same from either side, since a sorter asks
-  // from one side only.
+  // Gaps as from nowhere: a few values, each of them often. Not the same from either side, since a sorter
+  // asks from one side only.
   std::vector<double> scattered(int n_edges)
   {
     double const special[] = {-1.0,  -1.0, -0.5,   -2.0, 0.0,      -0.0,

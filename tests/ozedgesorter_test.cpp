@@ -325,7 +325,8 @@ TEST(OzEdgeSorter, ClosestFirstTakesTheLaterPairOfEqualGaps)
 
 TEST(OzEdgeSorter, ClosestFirstJudgesEqualGapsByTheChainsThatAreThereByThen)
 {
-  // The end of 0 is as near to 1 and to 2, after 0 has become part of the last chain: the later of the two wins.
+  // The end of 0 is as near to 1 and to 2, after 0 has become part of the last chain: the later of the two
+  // wins.
   for (bool const sparse : BOTH_FORMS)
   {
     TableSorter sorter(4, sparse);
