@@ -888,6 +888,17 @@ TEST(OzHeap, ASinkingNodeIsSeenAsExchangesFromAboveDownwards)
   EXPECT_EQ(heap.log, (Log{"exchange 0 2", "exchange 2 6"}));
 }
 
+TEST(OzHeap, NullEntriesAreNotExchangedWithEachOther)
+{
+  Observed heap;
+  add(heap, {NOTHING, NOTHING, NOTHING, NOTHING});
+  heap.log.clear();
+
+  heap.build_heap();
+
+  EXPECT_EQ(heap.log, Log{});
+}
+
 TEST(OzHeap, AddSortRemoveAndCopyAreSeenThroughThePrimitives)
 {
   Observed heap;
