@@ -156,6 +156,19 @@ public:
   {
     return OzObjDependency::remove_target_link(node, link);
   }
+  static void report_error(bool& valid, int code, OzJournal* journal, bool dotty, OzObjDepNode const* n1,
+                           OzObjDepNode const* n2)
+  {
+    OzObjDependency::report_error(valid, code, journal, dotty, n1, n2);
+  }
+  static void debug_link(OzObjDepLink const* link, OzJournal& journal, int level, int indent, bool dotty)
+  {
+    OzObjDependency::debug_link(link, journal, level, indent, dotty);
+  }
+  static OzArray<OzObjectDependency::DebugNodeFilterType>& filter_types(OzObjDependency& graph)
+  {
+    return graph.debug_node_filter_types;
+  }
 
 private:
   static std::set<OzDynObj const*> objects_of(OzAddressSet<OzObjDepNode*> const& some_nodes)
