@@ -1,19 +1,33 @@
 #include "named_object.h"
 
+#include <ozstandardattribs.h>
+
 namespace contours
 {
 
 OzString const NamedObject::class_name_("NamedObject");
 
 NamedObject::NamedObject(OzString const& name, std::size_t number)
-  : name_(name)
-  , number_(number)
+  : number_(number)
 {
+  add_attrib(new OzNameAttrib(name));
 }
 
-NamedObject::NamedObject(NamedObject const& other) = default;
+NamedObject::NamedObject(NamedObject const& other)
+  : OzObject(other)
+  , number_(other.number_)
+{
+  // Names stay behind when an object is copied.
+  add_attrib(new OzNameAttrib(other.name()));
+}
 
 NamedObject::~NamedObject() = default;
+
+OzString NamedObject::name() const
+{
+  auto const* const attribute = OzNameAttrib::cast(find_attrib_by_type(OzNameAttrib::type_id()));
+  return attribute == nullptr ? OzString() : attribute->get_name();
+}
 
 OzString const* NamedObject::type() const
 {

@@ -9,8 +9,8 @@
 namespace contours
 {
 
-/// What the history is about: an entity, an edge or a contour, as an object of the library's object model. It has a
-/// name for dumps and says where the thing itself is to be found.
+/// What the history is about: an entity, an edge or a contour, as an object of the library's object model. It says where
+/// the thing itself is to be found, and has a name as an attribute, under which dumps of the history show it.
 class NamedObject : public OzObject
 {
 public:
@@ -24,7 +24,8 @@ public:
   OzDynObj* clone() const override;
   bool isA(OzString const* t) const override;
 
-  OzString const& name() const { return name_; }
+  /// Empty if somebody took the attribute away.
+  OzString name() const;
   std::size_t number() const { return number_; }
 
   static OzString const* type_id() { return &class_name_; }
@@ -34,7 +35,6 @@ public:
   static OzString const class_name_;
 
 private:
-  OzString name_;
   std::size_t number_;
 };
 
