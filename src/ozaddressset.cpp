@@ -473,21 +473,8 @@ struct OzAddressMapBase::Table
       return true;
     }
 
-    // A search ends at the first free place. So each place behind the gap whose search passes over it
-    // moves into it, and leaves the next gap behind.
-    std::uint64_t gap = place_of(key);
+    // Its place in the index stays taken, since searches pass over it, until the next table is made.
     entry->key = NOTHING;
-    for (std::uint64_t place = (gap + 1) & mask(); index()[place] != FREE; place = (place + 1) & mask())
-    {
-      std::uint64_t const way = (place - home(hash(entry_of(index()[place]).key))) & mask();
-      std::uint64_t const way_to_gap = (place - gap) & mask();
-      if (way >= way_to_gap)
-      {
-        index()[gap] = index()[place];
-        gap = place;
-      }
-    }
-    index()[gap] = FREE;
     return true;
   }
 };
