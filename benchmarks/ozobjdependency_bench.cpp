@@ -1,7 +1,7 @@
 // What does an operation pay for keeping its history, and its caller for asking about it?
 //
-// Each run records a history, layer by layer as an operation does it, asks for the sources of every
-// result, and destroys the history. The counters tell the phases apart, in nanoseconds for each link, and
+// Each run records a history, layer by layer as an operation does it, perhaps reduces it to direct links
+// from roots to results, asks for the sources of every result, and destroys the history. The counters tell the phases apart, in nanoseconds for each link, and
 // what a link takes in memory. Peers: an adjacency list of Boost.Graph, and the tables that one would
 // write by hand.
 
@@ -144,6 +144,7 @@ public:
     OzArrayIterator<Object> sources(&step.sources), targets(&step.targets);
     graph.record_dependency(&sources, &targets, step.type, nullptr, nullptr);
   }
+  void simplify(Workload const&) { graph.simplify_it(); }
   std::uint64_t count_sources(Object object)
   {
     OzAutoPtr<OzIterator<Object>> result;
@@ -178,10 +179,32 @@ public:
       {
         Vertex const from = vertex(source), to = vertex(target);
         // The null object has too many targets to look through.
-        if (source != nullptr && boost::edge(from, to, graph).second)
+        if (source != nullptr && boost::edge(from, to, *graph).second)
           return;
-        boost::add_edge(from, to, Stamp{step.type, false, -1, 0, nullptr}, graph);
+        boost::add_edge(from, to, Stamp{step.type, false, -1, 0, nullptr}, *graph);
       }
+  }
+  /// A new history of what the walks find, each pair once.
+  void simplify(Workload const& work)
+  {
+    BoostHistory simple;
+    Workload::Step step{{}, {}, Dep::CREATION};
+    for (Object result : work.results)
+    {
+      count_sources(result);
+      step.targets.resize(0, true);
+      step.targets.append(result);
+      step.sources.resize(0, true);
+      std::sort(found.begin(), found.end());
+      found.erase(std::unique(found.begin(), found.end()), found.end());
+      for (Object source : found)
+        step.sources.append(source);
+      if (found.empty())
+        step.sources.append(nullptr);
+      simple.record(step);
+    }
+    std::swap(graph, simple.graph);
+    std::swap(vertices, simple.vertices);
   }
   std::uint64_t count_sources(Object object)
   {
@@ -198,19 +221,19 @@ private:
   {
     auto const [at, is_new] = vertices.emplace(object, 0);
     if (is_new)
-      at->second = boost::add_vertex(object, graph);
+      at->second = boost::add_vertex(object, *graph);
     return at->second;
   }
   void collect(Vertex at)
   {
-    auto const [first, last] = boost::in_edges(at, graph);
-    if (first == last && graph[at] != nullptr)
-      found.push_back(graph[at]);
+    auto const [first, last] = boost::in_edges(at, *graph);
+    if (first == last && (*graph)[at] != nullptr)
+      found.push_back((*graph)[at]);
     for (auto edge = first; edge != last; ++edge)
-      collect(boost::source(*edge, graph));
+      collect(boost::source(*edge, *graph));
   }
 
-  Graph graph;
+  std::unique_ptr<Graph> graph = std::make_unique<Graph>();
   std::unordered_map<Object, Vertex> vertices;
   std::vector<Object> found;
 };
@@ -230,6 +253,27 @@ public:
         to.sources.push_back({source, {step.type, false, -1, 0, nullptr}});
         nodes[source].targets.push_back({target, {step.type, false, -1, 0, nullptr}});
       }
+  }
+  /// A new history of what the walks find, each pair once.
+  void simplify(Workload const& work)
+  {
+    HandWrittenHistory simple;
+    Workload::Step step{{}, {}, Dep::CREATION};
+    for (Object result : work.results)
+    {
+      count_sources(result);
+      step.targets.resize(0, true);
+      step.targets.append(result);
+      step.sources.resize(0, true);
+      std::sort(found.begin(), found.end());
+      found.erase(std::unique(found.begin(), found.end()), found.end());
+      for (Object source : found)
+        step.sources.append(source);
+      if (found.empty())
+        step.sources.append(nullptr);
+      simple.record(step);
+    }
+    std::swap(nodes, simple.nodes);
   }
   std::uint64_t count_sources(Object object)
   {
@@ -290,11 +334,11 @@ private:
   double start = now();
 };
 
-template <class History, Workload (*make_workload)(std::uint64_t)>
-void RecordAndAsk(benchmark::State& state)
+template <class History, Workload (*make_workload)(std::uint64_t), bool simplified>
+void Run(benchmark::State& state)
 {
   Workload const work = make_workload(static_cast<std::uint64_t>(state.range(0)));
-  double recording = 0, asking = 0, destroying = 0, bytes = 0;
+  double recording = 0, simplifying = 0, asking = 0, destroying = 0, bytes = 0;
 
   for (auto _ : state)
   {
@@ -306,6 +350,9 @@ void RecordAndAsk(benchmark::State& state)
     recording += watch.lap();
     bytes = bytes_in_use() - bytes_before;
     watch.lap();
+    if (simplified)
+      history->simplify(work);
+    simplifying += watch.lap();
     std::uint64_t found = 0;
     for (Object result : work.results)
       found += history->count_sources(result);
@@ -318,19 +365,57 @@ void RecordAndAsk(benchmark::State& state)
   double const links = static_cast<double>(work.links);
   double const runs = static_cast<double>(state.iterations());
   state.counters["record_ns"] = recording / runs / links;
+  state.counters["total_ns"] = (recording + simplifying + asking) / runs / links;
+  if (simplified)
+    state.counters["simplify_ns"] = simplifying / runs / links;
   state.counters["ask_ns"] = asking / runs / links;
   state.counters["destroy_ns"] = destroying / runs / links;
   state.counters["bytes_per_link"] = bytes / links;
-  state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * work.links));
+}
+
+template <class History, Workload (*make_workload)(std::uint64_t)>
+void RecordAndAsk(benchmark::State& state)
+{
+  Run<History, make_workload, false>(state);
+}
+
+template <class History, Workload (*make_workload)(std::uint64_t)>
+void RecordSimplifyAndAsk(benchmark::State& state)
+{
+  Run<History, make_workload, true>(state);
 }
 
 BENCHMARK(RecordAndAsk<OzHistory, chains>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
 BENCHMARK(RecordAndAsk<BoostHistory, chains>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
 BENCHMARK(RecordAndAsk<HandWrittenHistory, chains>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(RecordSimplifyAndAsk<OzHistory, chains>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(RecordSimplifyAndAsk<BoostHistory, chains>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(RecordSimplifyAndAsk<HandWrittenHistory, chains>)
+    ->Arg(1000)
+    ->Arg(100000)
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(RecordAndAsk<OzHistory, patchwork>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
 BENCHMARK(RecordAndAsk<BoostHistory, patchwork>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
 BENCHMARK(RecordAndAsk<HandWrittenHistory, patchwork>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(RecordSimplifyAndAsk<OzHistory, patchwork>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(RecordSimplifyAndAsk<BoostHistory, patchwork>)
+    ->Arg(1000)
+    ->Arg(100000)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(RecordSimplifyAndAsk<HandWrittenHistory, patchwork>)
+    ->Arg(1000)
+    ->Arg(100000)
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(RecordAndAsk<OzHistory, creations>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
 BENCHMARK(RecordAndAsk<BoostHistory, creations>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
 BENCHMARK(RecordAndAsk<HandWrittenHistory, creations>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
+BENCHMARK(RecordSimplifyAndAsk<OzHistory, creations>)->Arg(1000)->Unit(benchmark::kMillisecond);
+BENCHMARK(RecordSimplifyAndAsk<BoostHistory, creations>)
+    ->Arg(1000)
+    ->Arg(100000)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(RecordSimplifyAndAsk<HandWrittenHistory, creations>)
+    ->Arg(1000)
+    ->Arg(100000)
+    ->Unit(benchmark::kMillisecond);
 } // namespace

@@ -1304,6 +1304,22 @@ TEST_F(Graph, RemovesNoLinkThatANodeDoesNotHold)
   EXPECT_EQ(recorder.units(), reports(0, unit));
 }
 
+TEST_F(Graph, RemovesNoNullFromTheLinks)
+{
+  record(&a, &b, Dep::MODIFICATION);
+  OzObjDepNode* const n1 = Probe::node(graph, &a);
+  OzObjDepNode* const n2 = Probe::node(graph, &b);
+  n1->target_links.insert(nullptr);
+  n2->source_links.insert(nullptr);
+  OzObjDepLink* none = nullptr;
+
+  EXPECT_FALSE(Probe::remove_target_link(n1, none));
+  EXPECT_FALSE(Probe::remove_source_link(n2, none));
+
+  EXPECT_EQ(n1->target_links.size(), 2u);
+  EXPECT_EQ(n2->source_links.size(), 2u);
+}
+
 TEST_F(Graph, DoesNotReadALinkThatWasDeletedBefore)
 {
   record(&a, &b, Dep::MODIFICATION);
