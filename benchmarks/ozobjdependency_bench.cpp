@@ -30,7 +30,7 @@ class Part : public OzDynObj
 {
 public:
   OzDynObj* clone() const override { return new Part(*this); }
-  int identity() const override { return 0; }
+  int identity() const override { return static_cast<int>(payload[0]); }
 
 private:
   double payload[5] = {};

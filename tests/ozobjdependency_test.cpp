@@ -8,6 +8,7 @@
 #include <pthread.h>
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <ostream>
@@ -1372,6 +1373,64 @@ TEST_F(Graph, RemovesALinkWithoutAHandlerToo)
 
   EXPECT_TRUE(n1->target_link_map.empty());
   EXPECT_TRUE(n2->source_link_map.empty());
+}
+
+// Where the records lie.
+
+TEST(OzObjDepShelf, HandsOutRecordsThatDontOverlapAndTakesThemBack)
+{
+  OzObjDepShelf shelf(sizeof(OzObjDepLink));
+  std::set<OzObjDepLink*> links;
+  for (int round = 0; round < 3; ++round)
+  {
+    while (links.size() < 1000)
+    {
+      OzObjDepLink* const link = new (shelf) OzObjDepLink;
+      link->target_qualifier = static_cast<int>(links.size());
+      auto const [at, is_new] = links.insert(link);
+      ASSERT_TRUE(is_new);
+      if (at != links.begin())
+      {
+        ASSERT_GE(reinterpret_cast<char*>(link) - reinterpret_cast<char*>(*std::prev(at)), 40);
+      }
+    }
+    while (links.size() > 300)
+    {
+      delete *links.begin();
+      links.erase(links.begin());
+    }
+  }
+  for (OzObjDepLink* link : links)
+    delete link;
+}
+
+#ifndef OZ_OBJ_DEP_PLAIN_RECORDS
+TEST(OzObjDepShelf, GivesTheRecordThatCameBackLast)
+{
+  OzObjDepShelf shelf(sizeof(OzObjDepLink));
+  void* const first = shelf.take();
+  void* const second = shelf.take();
+
+  OzObjDepShelf::give_back(first);
+  OzObjDepShelf::give_back(second);
+  OzObjDepShelf::give_back(nullptr);
+
+  EXPECT_EQ(shelf.take(), second);
+  EXPECT_EQ(shelf.take(), first);
+  EXPECT_NE(shelf.take(), first);
+}
+#endif
+
+TEST(OzObjDepShelf, LetsRecordsStandAlone)
+{
+  OzObjDepLink* const link = new OzObjDepLink;
+  OzObjDepNode* const node = new OzObjDepNode(nullptr);
+
+  link->node = node;
+  node->add_target_link(link); // which the node deletes
+
+  EXPECT_EQ(node->target_link_map.value(node), link);
+  delete node;
 }
 
 // Against a slow and obvious model.
