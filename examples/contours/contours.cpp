@@ -67,12 +67,17 @@ void remove_duplicates(Outcome& outcome, std::vector<std::size_t>& edges, double
 std::vector<Duplicate> duplicate_entities(std::vector<Edge> const& edges)
 {
   std::set<std::pair<std::size_t, std::size_t>> pairs;
+  std::set<std::size_t> with_edges_left;
   for (std::size_t i = 0; i < edges.size(); ++i)
-    if (edges[i].original != i)
+  {
+    if (edges[i].original == i)
+      with_edges_left.insert(edges[i].entity);
+    else
       pairs.insert({edges[i].entity, edges[edges[i].original].entity});
+  }
   std::vector<Duplicate> duplicates;
   for (auto const& [entity, of] : pairs)
-    duplicates.push_back({entity, of});
+    duplicates.push_back({entity, of, with_edges_left.count(entity) == 0});
   return duplicates;
 }
 

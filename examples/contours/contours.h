@@ -45,10 +45,12 @@ struct Contour
   std::vector<Source> sources; ///< in order of the entities
 };
 
+/// An entity that lies on another one, or on itself.
 struct Duplicate
 {
   std::size_t entity;
   std::size_t of;
+  bool whole; ///< no edge of it is left
 };
 
 /// Edges too short for the tolerance: how many, and the shortest.

@@ -108,9 +108,14 @@ void tell_duplicates(Report const& report, Messages& messages)
 {
   std::vector<Entity> const& entities = report.drawing.entities;
   for (Duplicate const& duplicate : report.outcome.duplicates)
-    messages.remark("duplicates", entities[duplicate.entity].line,
-                    titled(entities[duplicate.entity]) + " on layer " + entities[duplicate.entity].layer +
-                        " lies on " + titled(entities[duplicate.of]) + " and is cut only once");
+  {
+    Entity const& entity = entities[duplicate.entity];
+    messages.remark("duplicates", entity.line,
+                    titled(entity) + " on layer " + entity.layer +
+                        (duplicate.whole ? " lies on " : " lies in part on ") +
+                        (duplicate.of == duplicate.entity ? "itself" : titled(entities[duplicate.of])) +
+                        " and is cut only once");
+  }
 }
 
 void tell_short_edges(Report const& report, Messages& messages)

@@ -64,7 +64,9 @@ std::string why(Report const& report, History const& history, std::size_t entity
   text += "\n";
   for (Duplicate const& duplicate : report.outcome.duplicates)
     if (duplicate.entity == entity)
-      text += "it lies on " + described(entities[duplicate.of]) + " and is cut only once\n";
+      text += std::string(duplicate.whole ? "it lies on " : "it lies in part on ") +
+              (duplicate.of == entity ? "itself" : described(entities[duplicate.of])) +
+              " and is cut only once\n";
   for (std::size_t const contour : contours)
     text += contour_text(report, contour);
   return text;

@@ -171,6 +171,15 @@ TEST(Plate, TheTableAndTheRemarks)
   EXPECT_EQ(run.err, REMARKS);
 }
 
+TEST(Plate, IsWhatTheManualShows)
+{
+  std::ifstream in("docs/contours.md", std::ios::binary);
+  std::stringstream page;
+  page << in.rdbuf();
+
+  EXPECT_NE(page.str().find(REMARKS + std::string(TABLE)), std::string::npos);
+}
+
 TEST(Plate, TheCsv)
 {
   ProgramRun const run = run_program({PLATE, "--format", "csv", "--quiet"});

@@ -330,6 +330,23 @@ TEST(Program, WhyNamesTheContourAndWhatItCameFrom)
     EXPECT_EQ(run_on(drawing, c.arguments).out, c.out);
 }
 
+TEST(Program, WhatLiesOnOtherThingsIsRemarked)
+{
+  EXPECT_EQ(run_on(SQUARE + line_entity("CUT", 0, 0, 10, 0)).err,
+            "<stdin>:29: LINE #2 on layer CUT lies on LWPOLYLINE 20 and is cut only once\n");
+
+  std::string const tail = "0 LWPOLYLINE\n5 21\n8 CUT\n10 10\n20 0\n10 0\n20 0\n10 -9\n20 0\n10 0\n20 0\n";
+  std::string const err = run_on(SQUARE + tail).err;
+  EXPECT_NE(
+      err.find("<stdin>:29: LWPOLYLINE 21 on layer CUT lies in part on LWPOLYLINE 20 and is cut only once\n"),
+      std::string::npos);
+  EXPECT_NE(err.find("<stdin>:29: LWPOLYLINE 21 on layer CUT lies in part on itself and is cut only once\n"),
+            std::string::npos);
+  EXPECT_NE(
+      run_on(SQUARE + tail, {"--why", "21"}).out.find("\nit lies in part on itself and is cut only once\n"),
+      std::string::npos);
+}
+
 TEST(Program, RemarksOfOneKindAreLimitedUnlessAskedFor)
 {
   std::string drawing = SQUARE;
