@@ -530,6 +530,20 @@ TEST(OzObjDependencyValidate, WantsASiblingOfTheSameQualifierForEachPart)
                                          "error 21: source n1 of SPLIT has only one target n2\n");
 }
 
+TEST(OzObjDependencyValidate, TellsAQualifierOfMinusOneFromNone)
+{
+  Fixture f;
+  f.record_parts(&f.a, {&f.b, &f.c}, SPLIT);
+  for (OzObjDepLink* link : {f.forward(&f.a, &f.c), f.backward(&f.a, &f.c)})
+    link->has_target_qualifier = true;
+  TextJournal journal;
+
+  EXPECT_FALSE(f.graph.is_valid(&journal));
+
+  EXPECT_EQ(error_lines(journal.text()), "error 21: source n1 of SPLIT has only one target n2\n"
+                                         "error 21: source n1 of SPLIT has only one target n2\n");
+}
+
 TEST(OzObjDependencyValidate, ComparesAllSourcesWithTheFirst)
 {
   Fixture f;
