@@ -725,6 +725,25 @@ TEST(OzObjDependencyDebug, LeavesOutNodesWhoseLinksAreAllRefused)
   EXPECT_EQ(listed(dump(h.graph, OZ_DEBUG_CONTENTS)), (Ids{"12", "20", "13", "14", "15"}));
 }
 
+TEST(OzObjDependencyDebug, ShowsANodeOfWhichSomeLinksAreLeft)
+{
+  History h;
+  NodeFilter const not_15([](OzDynObj const* object)
+                          { return object == nullptr || object->identity() != 15; });
+  h.graph.add_debug_node_filter(OzObjectDependency::NODE_FILTER_SELF, &not_15);
+
+  std::string const text = dump(h.graph, OZ_DEBUG_CONTENTS);
+
+  EXPECT_EQ(listed(text), (Ids{"12", "13", "14"}));
+  EXPECT_NE(text.find("node object id: 13\n"
+                      "      OzObjDepNode\n"
+                      "         object name                   : OzDynObj\n"
+                      "         target links                  : 0\n"
+                      "         source links                  : 1\n"),
+            std::string::npos)
+      << text;
+}
+
 TEST(OzObjDependencyDebug, DumpsAChainLongerThanAnyStack)
 {
   std::vector<Thing> things(300000);

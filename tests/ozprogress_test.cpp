@@ -174,6 +174,19 @@ TEST(OzProgressHandler, RaisesARangeToWhatWasShown)
   EXPECT_EQ(range_of(display), std::make_pair(99u, 120u));
 }
 
+TEST(OzProgressHandler, DoesNotShowTheEndOfARangeThatWasLowered)
+{
+  Display display;
+  display.initialize(99);
+  display.update_progress(49);
+
+  display.set_range(0, 50);
+  display.update_progress(1);
+
+  EXPECT_EQ(display.shown, (Percentages{0, 49}));
+  EXPECT_EQ(display.current_, 50u);
+}
+
 TEST(OzProgressHandler, ShowsNothingAfterACancellationButGoesOnCounting)
 {
   Display display;
