@@ -422,29 +422,35 @@ void walk(Side& side, OzObjDepNode const* start, OzObjectDependencyFilter* filte
   if (side.ends_at(*start))
     return;
   OzObjDepLinkSet::const_iterator const end;
-  std::vector<Turn> path;
-  path.reserve(8); // most histories are not deeper
-  path.push_back({start, side.links(*start).begin()});
+  std::vector<Turn> path; // the nodes behind `turn` that have links left
+  Turn turn = {start, side.links(*start).begin()};
 
-  while (!path.empty())
+  for (;;)
   {
-    OzObjDepNode const* const node = path.back().node;
-    OzObjDepLink const* const link = *path.back().next;
-    // A node leaves the path as soon as its last link is taken: a chain of any length needs one place.
-    if (++path.back().next == end)
-      path.pop_back();
-
+    OzObjDepLink const* const link = *turn.next;
+    ++turn.next;
     // Dumps walk damaged graphs too.
-    if (link == nullptr || link->node == nullptr)
-      continue;
-    if (filter != nullptr && !side.accepts(*filter, *node, *link))
+    bool descends = link != nullptr && link->node != nullptr;
+    if (descends && filter != nullptr && !side.accepts(*filter, *turn.node, *link))
     {
+      descends = false;
       if (filtered_out != nullptr)
         *filtered_out = true;
-      continue;
     }
-    if (!side.ends_at(*link->node))
-      path.push_back({link->node, side.links(*link->node).begin()});
+
+    if (descends && !side.ends_at(*link->node))
+    {
+      if (turn.next != end)
+        path.push_back(turn);
+      turn = {link->node, side.links(*link->node).begin()};
+    }
+    else if (turn.next == end)
+    {
+      if (path.empty())
+        return;
+      turn = path.back();
+      path.pop_back();
+    }
   }
 }
 
