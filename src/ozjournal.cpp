@@ -85,7 +85,7 @@ private:
       return false;
 
     read = std::from_chars(point + 1, end, precision);
-    if (read.ec != std::errc() || precision < 0 || read.ptr + 1 != end)
+    if (read.ec != std::errc() || read.ptr + 1 != end)
       return false;
 
     switch (*read.ptr)

@@ -585,10 +585,10 @@ TEST(OzJournal, ANumberThatPrintfRefusesToWriteIsEmpty)
 
 TEST(OzJournal, HonoursAFormatThatADerivedClassComposed)
 {
-  char const* const formats[] = {"%+.3f",  "%08.3f", "%-10.3f|", "% .3f",   "%#.3g",  "%.3f mm", "[%.2f]",
-                                 "%.f",    "%f",     "%8f",      "%5.1f%%", "x",      "",        "%-.3f",
-                                 "%'.2f",  "%12.e",  "%012.3e",  "%0.2f",   "%3.2f",  "%.3fe",   "%.-3f",
-                                 "%15.3g", "%.3",    "%7.2a",    "%.002f",  "%1.1fg", "%%.3f"};
+  char const* const formats[] = {"%+.3f",  "%08.3f", "%-10.3f|", "% .3f",   "%#.3g",   "%.3f mm",
+                                 "[%.2f]", "%.f",    "%f",       "%8f",     "%5.1f%%", "x",
+                                 "",       "%-.3f",  "%12.e",    "%012.3e", "%0.2f",   "%3.2f",
+                                 "%.3fe",  "%15.3g", "%7.2a",    "%.002f",  "%1.1fg",  "%%.3f"};
   for (char const* const format : formats)
     for (double const number : {0.0, -1234.5678, 1e20})
     {
