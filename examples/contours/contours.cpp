@@ -49,6 +49,7 @@ std::map<std::string, std::vector<std::size_t>> take_edges(Drawing const& drawin
 void remove_duplicates(Outcome& outcome, std::vector<std::size_t>& edges, double tolerance)
 {
   std::vector<Curve> curves;
+  curves.reserve(edges.size());
   for (std::size_t const edge : edges)
     curves.push_back(outcome.edges[edge].curve);
   std::vector<std::size_t> const first = first_in_place(curves, tolerance);
@@ -76,6 +77,7 @@ std::vector<Duplicate> duplicate_entities(std::vector<Edge> const& edges)
       pairs.insert({edges[i].entity, edges[edges[i].original].entity});
   }
   std::vector<Duplicate> duplicates;
+  duplicates.reserve(pairs.size());
   for (auto const& [entity, of] : pairs)
     duplicates.push_back({entity, of, with_edges_left.count(entity) == 0});
   return duplicates;
@@ -183,6 +185,7 @@ void number_contours(std::vector<Contour>& contours)
     order.emplace_back(lowest(contours[i]), i);
   std::sort(order.begin(), order.end());
   std::vector<Contour> sorted;
+  sorted.reserve(order.size());
   for (auto const& [edge, i] : order)
     sorted.push_back(std::move(contours[i]));
   contours.swap(sorted);
@@ -227,6 +230,7 @@ void sort_clusters(Outcome& outcome, Drawing const& drawing, Places const& place
   {
     std::string const& layer = drawing.entities[outcome.edges[cluster.front()].entity].layer;
     std::vector<Chain> chains;
+    chains.reserve(cluster.size());
     for (std::size_t const edge : cluster)
       chains.push_back(chain_of(outcome, edge));
     for (Chain& chain : join_chains(chains, tolerance, strategy))

@@ -67,6 +67,7 @@ std::vector<std::vector<std::size_t>> find_clusters(std::vector<Edge> const& edg
     if (edges[edge].original == edge)
       by_lowest[sets.find(edge)].push_back(edge);
   std::vector<std::vector<std::size_t>> clusters;
+  clusters.reserve(by_lowest.size());
   for (auto& [lowest, members] : by_lowest)
     clusters.push_back(std::move(members));
   return clusters;
