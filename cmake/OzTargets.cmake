@@ -85,6 +85,11 @@ function(oz_add_test_executable source)
   set(properties TIMEOUT ${arg_TIMEOUT})
   if(arg_LABEL)
     list(APPEND properties LABELS ${arg_LABEL})
+    # What the thread sanitizer is for.
+    if(NOT TARGET threaded_tests)
+      add_custom_target(threaded_tests)
+    endif()
+    add_dependencies(threaded_tests ${name})
   endif()
   gtest_discover_tests(${name}
     DISCOVERY_MODE PRE_TEST
