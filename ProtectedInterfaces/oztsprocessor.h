@@ -162,6 +162,7 @@ private:
   OzTSTaskProcessor* FindWorker(std::size_t job);
   StartResult start_worker(std::size_t job); // let go while the thread is started
   void sort_away(Job& entry, Worker const& worker, bool result, OzTask* task);
+  void cancel_pending(Job& entry);
   void end_run(Worker& worker);
   void free_worker(Worker& worker);
   void run_to_end(std::size_t job, OzHold& hold);        // let go while waiting

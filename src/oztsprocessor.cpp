@@ -444,15 +444,9 @@ void OzTSJobProcessor::TaskFinished(OzTSTaskProcessor* processor, bool& result, 
       sort_away(entry, worker, result, task);
       task = nullptr;
       if (entry.is_cancelled())
-      {
-        // Deliberately at place 0 for the jobs at all places.
-        for (OzArray<OzTask*>& cancelled = jobs[0].cancelled; entry.has_pending();)
-          cancelled.append(entry.take_pending());
-      }
+        cancel_pending(entry);
       else
-      {
         NextTask(task, job);
-      }
     }
     result = false;
 
@@ -563,6 +557,7 @@ OzTSJobProcessor::StartResult OzTSJobProcessor::start_worker(std::size_t job)
   Job& entry = jobs[job];
   Worker& worker = workers[processor->place];
   OzTask* const task = entry.take_pending();
+  std::size_t const former_peak = entry.peak;
   entry.count_run();
   ++entry.tasks_started;
   worker.assign(task, entry);
@@ -582,6 +577,8 @@ OzTSJobProcessor::StartResult OzTSJobProcessor::start_worker(std::size_t job)
   if (started)
     return StartResult::STARTED;
 
+  // All runs that were counted meanwhile were counted with this one, which was none.
+  entry.peak = std::max(former_peak, entry.peak - 1);
   --entry.running;
   --entry.tasks_started;
   entry.returned.append(task);
@@ -605,6 +602,14 @@ void OzTSJobProcessor::sort_away(Job& entry, Worker const& worker, bool result, 
   --entry.running;
 }
 
+/// Takes what waits off a job that was cancelled. All such tasks go to place 0, whichever the job's is, and
+/// are deleted with that place's own.
+void OzTSJobProcessor::cancel_pending(Job& entry)
+{
+  while (entry.has_pending())
+    jobs[0].cancelled.append(entry.take_pending());
+}
+
 /// The worker has no task any more; its thread is about to leave.
 void OzTSJobProcessor::end_run(Worker& worker)
 {
@@ -621,13 +626,17 @@ void OzTSJobProcessor::free_worker(Worker& worker)
   wake_waiters();
 }
 
-/// Waits until no task of the job is pending or under way. Starts workers itself: those of another job may
-/// have left without taking this one's tasks.
+/// Waits until no task of the job is pending or under way. Starts workers itself: those of another job that
+/// was cancelled or closed have left without taking this one's tasks.
 void OzTSJobProcessor::run_to_end(std::size_t job, OzHold& hold)
 {
-  Job const& entry = jobs[job];
+  Job& entry = jobs[job];
   for (;;)
   {
+    // Tasks may be pending with no worker at work that would find the job cancelled.
+    if (entry.has_pending() && entry.is_cancelled())
+      cancel_pending(entry);
+
     StartResult started = StartResult::STARTED;
     while (started == StartResult::STARTED)
       started = start_worker(job);

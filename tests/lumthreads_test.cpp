@@ -1,5 +1,7 @@
 #include "lumthreads.h"
 
+#include "thread_refusal.h"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -195,6 +197,24 @@ TEST(LumThreads, CanBeDestroyedUnjoined)
   }
 
   EXPECT_EQ(counter, 1);
+}
+
+TEST(LumThreads, CanBeRunAgainWhenThePlatformHadNoThread)
+{
+  SKIP_UNLESS_THREADS_CAN_BE_REFUSED();
+  Gated thread;
+  threads_to_refuse = 1;
+
+  thread.Run(0);
+
+  EXPECT_EQ(thread.GetStatus(), LumThreads::STATUS_NOT_STARTED);
+  EXPECT_EQ(thread.IsRunning(), 0);
+  thread.Join(); // at once
+  EXPECT_EQ(thread.runs, 0);
+  thread.Run(0);
+  thread.finish();
+  EXPECT_EQ(thread.runs, 1);
+  EXPECT_EQ(thread.GetStatus(), LumThreads::STATUS_ENDED);
 }
 
 TEST(LumThreads, IsNotEndedFromOutside)

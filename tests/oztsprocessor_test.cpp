@@ -3,6 +3,7 @@
 #include "job_fixtures.h"
 #include "ozdynobj.h"
 #include "oztaskprocessor.h"
+#include "thread_refusal.h"
 
 #include <gtest/gtest.h>
 
@@ -580,6 +581,107 @@ TEST_F(OzTSJobTest, HandsItsTasksNoServiceWhenItHasNone)
   job->Wait();
 
   EXPECT_EQ(handed, nullptr);
+}
+
+TEST_F(OzTSJobTest, IsCancelledByWaitWhenNoWorkerEverTookItsTasks)
+{
+  std::unique_ptr<OzTSJob> const greedy = make_job(64);
+  Handler handler;
+  std::unique_ptr<OzTSJob> const starved = make_job(1, &handler);
+  TaskCounts greedy_counts;
+  Gate gate;
+  for (int i = 0; i < 64; ++i)
+    add_task(*greedy, greedy_counts,
+             [&gate](OzTaskService*)
+             {
+               gate.pass();
+               return true;
+             });
+  for (int i = 0; i < 3; ++i)
+    EXPECT_TRUE(add_task(*starved, counts, &succeed));
+  handler.cancel = true;
+
+  EXPECT_EQ(starved->Wait(), OzJob::JobCancelled) << "though all workers are taken";
+
+  EXPECT_EQ(counts.run, 0);
+  EXPECT_EQ(starved->TaskCount(), 0u);
+  gate.open();
+  EXPECT_EQ(greedy->Wait(), OzJob::JobCancelled) << "it has got the other job's tasks";
+  EXPECT_EQ(counts.deleted, 3);
+  EXPECT_EQ(greedy_counts.run, 64);
+}
+
+TEST_F(OzTSJobTest, KeepsATaskAtTheFrontWhenThePlatformHasNoThread)
+{
+  SKIP_UNLESS_THREADS_CAN_BE_REFUSED();
+  std::unique_ptr<OzTSJob> const job = make_job(1);
+  std::string order;
+  threads_to_refuse = 1;
+
+  EXPECT_TRUE(add_task(*job, counts,
+                       [&](OzTaskService*)
+                       {
+                         order += std::to_string(OzTaskProcessor::TaskProcessor()->Id());
+                         return true;
+                       }));
+  EXPECT_EQ(threads_to_refuse, 0);
+  EXPECT_TRUE(add_task(*job, counts,
+                       [&](OzTaskService*)
+                       {
+                         order += " second";
+                         return true;
+                       }));
+
+  EXPECT_EQ(job->Wait(), OzJob::JobDone);
+  EXPECT_EQ(order, "64 second") << "and the worker stays free";
+  EXPECT_EQ(job->TaskCount(), 2u);
+}
+
+TEST_F(OzTSJobTest, TriesAgainInWaitUntilThePlatformHasAThread)
+{
+  SKIP_UNLESS_THREADS_CAN_BE_REFUSED();
+  std::unique_ptr<OzTSJob> const job = make_job(2);
+  threads_to_refuse = 5;
+
+  for (int i = 0; i < 3; ++i)
+    EXPECT_TRUE(add_task(*job, counts, &succeed));
+  EXPECT_EQ(counts.run, 0);
+
+  EXPECT_EQ(job->Wait(), OzJob::JobDone);
+  EXPECT_EQ(counts.run, 3);
+  EXPECT_EQ(counts.deleted, 3);
+  EXPECT_EQ(job->TaskCount(), 3u);
+  EXPECT_EQ(threads_to_refuse, 0);
+}
+
+TEST_F(OzTSJobTest, CountsNoRunThatThePlatformHadNoThreadFor)
+{
+  SKIP_UNLESS_THREADS_CAN_BE_REFUSED();
+  std::unique_ptr<OzTSJob> const job = make_job(2);
+  Gate first;
+  Gate second;
+  add_task(*job, counts,
+           [&](OzTaskService*)
+           {
+             first.pass();
+             return true;
+           });
+  first.await(1);
+  threads_to_refuse = 1;
+  add_task(*job, counts,
+           [&](OzTaskService*)
+           {
+             second.pass();
+             return true;
+           });
+
+  first.open();
+  second.await(1); // on the first one's thread
+  second.open();
+
+  EXPECT_EQ(job->Wait(), OzJob::JobDone);
+  EXPECT_EQ(job->PeakConcurrency(), 1u);
+  EXPECT_EQ(job->TaskCount(), 2u);
 }
 
 TEST(OzTSJobProcessor, AnswersIndicesWithoutAJob)
