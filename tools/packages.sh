@@ -6,7 +6,8 @@
 {
   OZ_BUILD_PACKAGES=(g++ cmake ninja-build libcli11-dev)
   OZ_TEST_PACKAGES=(libgtest-dev libgmock-dev python3)
-  OZ_BENCHMARK_PACKAGES=(libbenchmark-dev libabsl-dev)
+  OZ_MODEL_PACKAGES=(spin gcc)
+  OZ_BENCHMARK_PACKAGES=(libbenchmark-dev libabsl-dev libtbb-dev)
   OZ_CLANG_PACKAGES=(clang-14)
   OZ_FORMAT_PACKAGES=(clang-format-14)
   OZ_TIDY_PACKAGES=(clang-tidy-14 python3)

@@ -11,6 +11,7 @@ preset=${1:-dev}
 
 packages=("${OZ_BUILD_PACKAGES[@]}" "${OZ_TEST_PACKAGES[@]}")
 case $preset in
+  dev) packages+=("${OZ_MODEL_PACKAGES[@]}") ;;
   clang) packages+=("${OZ_CLANG_PACKAGES[@]}") ;;
   release) packages+=("${OZ_BENCHMARK_PACKAGES[@]}") ;;
 esac
