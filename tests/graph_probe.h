@@ -156,6 +156,7 @@ public:
   {
     return OzObjDependency::remove_target_link(node, link);
   }
+  static bool simplify_step(OzObjDependency& graph) { return graph.simplify_step(); }
   static void report_error(bool& valid, int code, OzJournal* journal, bool dotty, OzObjDepNode const* n1,
                            OzObjDepNode const* n2)
   {

@@ -1,60 +1,1411 @@
 #include "ozobjdependency.h"
-#include "ozobject.h"
 
+#include "growing_addresses.h"
 #include "report_recorder.h"
+#include "simplify_fixture.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <deque>
+
+#include <pthread.h>
 
 namespace
 {
-class Thing : public OzObject
+typedef OzObjDependencyProbe Probe;
+typedef OzObjectDependency::Type Type;
+typedef std::vector<std::string> Texts;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr Type UNSPECIFIED = OzObjectDependency::UNSPECIFIED;
+constexpr Type TRANSFER = OzObjectDependency::TRANSFER;
+constexpr Type CREATION = OzObjectDependency::CREATION;
+constexpr Type DELETION = OzObjectDependency::DELETION;
+constexpr Type MODIFICATION = OzObjectDependency::MODIFICATION;
+constexpr Type SPLIT = OzObjectDependency::SPLIT;
+constexpr Type ABSORPTION = OzObjectDependency::ABSORPTION;
+constexpr Type CONVERSION = OzObjectDependency::CONVERSION;
+constexpr Type CONTAINMENT = OzObjectDependency::CONTAINMENT;
+
+constexpr int NO_QUALIFIER = -1000;
+char const* const UNIT = "ozobjdependency_simplify.cpp";
+
+/// A history among objects with the identities 1, 2, 3 and so on; 0 stands for the null object. Nodes lie
+/// in memory in the order in which they are first named, link records in the order of the calls.
+class OzObjDependencySimplify : public testing::Test
 {
-public:
-  OzDynObj* clone() const override { return new Thing(*this); }
+protected:
+  OzObjDependencySimplify()
+  {
+    growing_addresses::start_again();
+    for (int identity = 0; identity < 16; ++identity)
+      things.emplace_back(identity);
+  }
+  ~OzObjDependencySimplify() override { graph.set_simplify_trace(nullptr); }
+
+  OzDynObj const* object(int identity)
+  {
+    return identity == 0 ? nullptr : &things[static_cast<std::size_t>(identity)];
+  }
+  OzObjDepLink* forward(int source, int target)
+  {
+    return Probe::forward(graph, object(source), object(target));
+  }
+  OzObjDepLink* backward(int source, int target)
+  {
+    return Probe::backward(graph, object(source), object(target));
+  }
+
+  /// Any type and any number of targets, past the checks of recording.
+  void link(int source, int target, Type type, int qualifier = NO_QUALIFIER, int separator = 0)
+  {
+    // A TRANSFER would not be stored.
+    Probe::add_dependency_pair(graph, object(source), object(target), type != TRANSFER ? type : CREATION);
+    for (OzObjDepLink* record : {forward(source, target), backward(source, target)})
+    {
+      record->dependency_type = type;
+      record->has_target_qualifier = qualifier != NO_QUALIFIER;
+      record->target_qualifier = qualifier != NO_QUALIFIER ? qualifier : -1;
+      record->separator = separator;
+    }
+  }
+  void drop_forward(int source, int target)
+  {
+    OzObjDepLink* record = forward(source, target);
+    ASSERT_TRUE(Probe::remove_target_link(Probe::node(graph, object(source)), record));
+  }
+  void drop_backward(int source, int target)
+  {
+    OzObjDepLink* record = backward(source, target);
+    ASSERT_TRUE(Probe::remove_source_link(Probe::node(graph, object(target)), record));
+  }
+
+  /// One step, without the validation around it.
+  bool step() { return Probe::simplify_step(graph); }
+  Texts links() { return links_of(graph); }
+  std::string trace_of_a_step()
+  {
+    graph.set_simplify_trace(&journal);
+    step();
+    graph.set_simplify_trace(nullptr);
+    return journal.take();
+  }
+
+  std::deque<Thing> things;
+  OzObjDependency graph;
+  TextJournal journal;
 };
 
-std::vector<OzDynObj const*> sources_of(OzObjDependency const& graph, OzDynObj const& object)
+/// Tells what composition of two links gives, through a chain of three objects.
+struct Composition
 {
-  OzAutoPtr<OzIterator<OzDynObj const*>> found;
-  graph.get_source_objects(&object, found, nullptr, nullptr);
-  std::vector<OzDynObj const*> sources;
-  for (found->reset(); !found->done(); found->next())
-    sources.push_back(found->current());
-  return sources;
-}
+  explicit Composition(Type first, int first_qualifier, Type second, int second_qualifier, Type expected)
+  {
+    Thing a(1);
+    Thing b(2);
+    Thing c(3);
+    Thing sibling(4);
+    OzObjDependency graph;
+    Probe::add_dependency_pair(graph, &a, &b, CREATION);
+    Probe::add_dependency_pair(graph, &b, &c, CREATION);
+    set(graph, &a, &b, first_qualifier, 3, first);
+    set(graph, &b, &c, second_qualifier, 4, second);
+    if (expected == SPLIT) // a split with a single product would be none
+      Probe::add_dependency_pair(graph, &a, &sibling, SPLIT);
+
+    ReportRecorder const recorder;
+    Probe::simplify_step(graph);
+
+    units = recorder.units();
+    text = text_of_link(Probe::node(graph, &a), Probe::forward(graph, &a, &c));
+    is_b_gone = Probe::node(graph, &b) == nullptr;
+  }
+
+  static void set(OzObjDependency& graph, Thing* source, Thing* target, int qualifier, int separator,
+                  Type type)
+  {
+    for (OzObjDepLink* record :
+         {Probe::forward(graph, source, target), Probe::backward(graph, source, target)})
+    {
+      record->dependency_type = type;
+      record->has_target_qualifier = qualifier != NO_QUALIFIER;
+      record->target_qualifier = qualifier != NO_QUALIFIER ? qualifier : -1;
+      record->separator = separator;
+    }
+  }
+
+  static std::string expected_text(Type type, int qualifier)
+  {
+    return "1>3 " + name_of_type(type) +
+           (qualifier != NO_QUALIFIER ? " q" + std::to_string(qualifier) : std::string(" q-")) + " s4";
+  }
+
+  std::vector<std::string> units;
+  std::string text;
+  bool is_b_gone = false;
+};
+
+struct QualifierPair
+{
+  int first;
+  int second;
+};
+QualifierPair const QUALIFIER_PAIRS[] = {{5, 7}, {5, NO_QUALIFIER}, {NO_QUALIFIER, 7}, {-1, 0}};
 } // namespace
 
-TEST(OzObjDependencySimplify, PutsOneLinkInThePlaceOfAPath)
+TEST_F(OzObjDependencySimplify, ComposesTypesAndQualifiersByTheTable)
 {
-  Thing a;
-  Thing b;
-  Thing c;
-  OzObjDependency graph;
-  graph.record_dependency(&a, &b, OzObjectDependency::MODIFICATION, nullptr, nullptr);
-  graph.record_dependency(&b, &c, OzObjectDependency::MODIFICATION, nullptr, nullptr);
+  Type const seconds[] = {CREATION, DELETION, MODIFICATION, SPLIT, ABSORPTION, CONVERSION, CONTAINMENT};
+  struct Cell
+  {
+    Type type;
+    char from; // the link that the qualifier comes from
+  };
+  struct
+  {
+    Type first;
+    Cell cells[7]; // one for each of `seconds`
+  } const rows[] = {
+      {CREATION,
+       {{CREATION, 'S'},
+        {DELETION, 'S'},
+        {CREATION, 'F'},
+        {CREATION, 'F'},
+        {CREATION, 'S'},
+        {CREATION, 'F'},
+        {CREATION, 'F'}}},
+      {MODIFICATION,
+       {{CREATION, 'S'},
+        {DELETION, 'S'},
+        {MODIFICATION, 'S'},
+        {SPLIT, 'S'},
+        {ABSORPTION, 'S'},
+        {MODIFICATION, 'F'},
+        {CREATION, 'F'}}},
+      {SPLIT,
+       {{CREATION, 'S'},
+        {DELETION, 'S'},
+        {SPLIT, 'F'},
+        {SPLIT, 'F'},
+        {CREATION, 'S'},
+        {SPLIT, 'F'},
+        {SPLIT, 'F'}}},
+      {ABSORPTION,
+       {{CREATION, 'S'},
+        {DELETION, 'S'},
+        {ABSORPTION, 'F'},
+        {CREATION, 'F'},
+        {ABSORPTION, 'S'},
+        {ABSORPTION, 'F'},
+        {CREATION, 'F'}}},
+      {CONVERSION,
+       {{CREATION, 'S'},
+        {DELETION, 'S'},
+        {MODIFICATION, 'S'},
+        {SPLIT, 'S'},
+        {ABSORPTION, 'S'},
+        {CONVERSION, 'S'},
+        {CONTAINMENT, 'S'}}},
+      {CONTAINMENT,
+       {{CREATION, 'S'},
+        {DELETION, 'S'},
+        {CONTAINMENT, 'F'},
+        {SPLIT, 'S'},
+        {ABSORPTION, 'S'},
+        {CONTAINMENT, 'F'},
+        {CONTAINMENT, 'F'}}},
+  };
+
+  for (auto const& row : rows)
+    for (int column = 0; column < 7; ++column)
+      for (QualifierPair const& qualifiers : QUALIFIER_PAIRS)
+      {
+        Cell const& cell = row.cells[column];
+        Composition const done(row.first, qualifiers.first, seconds[column], qualifiers.second, cell.type);
+        int const qualifier = cell.from == 'F' ? qualifiers.first : qualifiers.second;
+        std::string const what = name_of_type(row.first) + " then " + name_of_type(seconds[column]);
+        EXPECT_EQ(done.text, Composition::expected_text(cell.type, qualifier)) << what;
+        EXPECT_EQ(done.units, reports(0, UNIT)) << what;
+        EXPECT_TRUE(done.is_b_gone) << what;
+      }
+}
+
+TEST_F(OzObjDependencySimplify, ComposesAnythingBehindADeletionToThatDeletionAndReportsIt)
+{
+  for (int second = -1; second <= 10; ++second)
+    for (QualifierPair const& qualifiers : QUALIFIER_PAIRS)
+    {
+      Composition const done(DELETION, qualifiers.first, static_cast<Type>(second), qualifiers.second,
+                             DELETION);
+      EXPECT_EQ(done.text, Composition::expected_text(DELETION, qualifiers.first)) << second;
+      EXPECT_EQ(done.units, reports(1, UNIT)) << second;
+    }
+}
+
+TEST_F(OzObjDependencySimplify, TakesTheSecondLinkBehindAnUnknownFirstAndReportsIt)
+{
+  for (int first : {-1, 0, 1, 9, 1000})
+    for (int second = -1; second <= 10; ++second)
+      for (QualifierPair const& qualifiers : QUALIFIER_PAIRS)
+      {
+        Composition const done(static_cast<Type>(first), qualifiers.first, static_cast<Type>(second),
+                               qualifiers.second, static_cast<Type>(second));
+        EXPECT_EQ(done.text, Composition::expected_text(static_cast<Type>(second), qualifiers.second))
+            << first << " then " << second;
+        EXPECT_EQ(done.units, reports(1, UNIT)) << first << " then " << second;
+      }
+}
+
+TEST_F(OzObjDependencySimplify, KeepsTheFirstLinkBeforeAnUnknownSecondAndReportsItUnlessItIsAConversion)
+{
+  for (Type first : {CREATION, MODIFICATION, SPLIT, ABSORPTION, CONTAINMENT})
+    for (int second : {-1, 0, 1, 9, 1000})
+      for (QualifierPair const& qualifiers : QUALIFIER_PAIRS)
+      {
+        Composition const done(first, qualifiers.first, static_cast<Type>(second), qualifiers.second, first);
+        EXPECT_EQ(done.text, Composition::expected_text(first, qualifiers.first)) << first << " " << second;
+        EXPECT_EQ(done.units, reports(1, UNIT)) << first << " " << second;
+      }
+  for (int second : {-1, 0, 1, 9, 1000})
+    for (QualifierPair const& qualifiers : QUALIFIER_PAIRS)
+    {
+      Type const type = static_cast<Type>(second);
+      Composition const done(CONVERSION, qualifiers.first, type, qualifiers.second, type);
+      EXPECT_EQ(done.text, Composition::expected_text(type, qualifiers.second)) << second;
+      EXPECT_EQ(done.units, reports(0, UNIT)) << second;
+    }
+}
+
+TEST_F(OzObjDependencySimplify, LeavesTwoLayersAloneAndTheNullObjectWithThem)
+{
+  link(0, 1, CREATION);
+  link(2, 1, CREATION);
+  link(2, 3, SPLIT, 5, 6);
+  ReportRecorder const recorder;
+
+  EXPECT_EQ(trace_of_a_step(), "\"simplify_step\" with 2 roots.\n"
+                               "rn1 = 0\n"
+                               "   n2 = 1\n"
+                               "   \"prepare_removal_of_n2\"\n"
+                               "   no targets => return\n"
+                               "rn1 = 2\n"
+                               "   n2 = 1\n"
+                               "   \"prepare_removal_of_n2\"\n"
+                               "   no targets => return\n"
+                               "   n2 = 3\n"
+                               "   \"prepare_removal_of_n2\"\n"
+                               "   no targets => return\n"
+                               "remove n2s to remove later\n");
+
+  EXPECT_FALSE(step());
+  EXPECT_THAT(links(), ElementsAre("0>1 CREATION q- s0", "2>1 CREATION q- s0", "2>3 SPLIT q5 s6"));
+  EXPECT_EQ(recorder.units(), reports(0, UNIT));
+}
+
+TEST_F(OzObjDependencySimplify, NeedsNoGraphToWorkOn)
+{
+  ReportRecorder const recorder;
+
+  EXPECT_EQ(trace_of_a_step(), "\"simplify_step\" with 0 roots.\nremove n2s to remove later\n");
+  graph.simplify_it();
+
+  EXPECT_EQ(recorder.units(), reports(0, UNIT));
+}
+
+TEST_F(OzObjDependencySimplify, PutsOneLinkInThePlaceOfAPath)
+{
+  link(1, 2, MODIFICATION, 5, 1);
+  link(2, 3, MODIFICATION, 6, 2);
+  ReportRecorder const recorder;
+
+  EXPECT_EQ(trace_of_a_step(), "\"simplify_step\" with 1 roots.\n"
+                               "rn1 = 1\n"
+                               "   n2 = 2\n"
+                               "   \"prepare_removal_of_n2\"\n"
+                               "      n1 = 1\n"
+                               "         n3 = 3\n"
+                               "remove n2s to remove later\n");
+
+  EXPECT_THAT(links(), ElementsAre("1>3 MODIFICATION q6 s2"));
+  EXPECT_EQ(identities_of(graph), (std::set<int>{1, 3}));
+  EXPECT_EQ(Probe::root_objects(graph), std::set<OzDynObj const*>{object(1)});
+  EXPECT_EQ(Probe::leaf_objects(graph), std::set<OzDynObj const*>{object(3)});
+  EXPECT_EQ(recorder.units(), reports(0, UNIT));
+}
+
+TEST_F(OzObjDependencySimplify, TakesStepsUntilTwoLayersAreLeft)
+{
+  link(1, 2, MODIFICATION);
+  link(2, 3, CONVERSION, NO_QUALIFIER, 2);
+  link(3, 4, MODIFICATION, NO_QUALIFIER, 3);
+  link(4, 5, ABSORPTION, NO_QUALIFIER, 4);
+  graph.set_simplify_trace(&journal);
+
+  graph.simplify_it();
+
+  EXPECT_THAT(links(), ElementsAre("1>5 ABSORPTION q- s4"));
+  std::string const trace = journal.take();
+  EXPECT_EQ(trace, "\"simplify_step\" with 1 roots.\n"
+                   "rn1 = 1\n"
+                   "   n2 = 2\n"
+                   "   \"prepare_removal_of_n2\"\n"
+                   "      n1 = 1\n"
+                   "         n3 = 3\n"
+                   "remove n2s to remove later\n"
+                   "\"simplify_step\" with 1 roots.\n"
+                   "rn1 = 1\n"
+                   "   n2 = 3\n"
+                   "   \"prepare_removal_of_n2\"\n"
+                   "      n1 = 1\n"
+                   "         n3 = 4\n"
+                   "remove n2s to remove later\n"
+                   "\"simplify_step\" with 1 roots.\n"
+                   "rn1 = 1\n"
+                   "   n2 = 4\n"
+                   "   \"prepare_removal_of_n2\"\n"
+                   "      n1 = 1\n"
+                   "         n3 = 5\n"
+                   "remove n2s to remove later\n"
+                   "\"simplify_step\" with 1 roots.\n"
+                   "rn1 = 1\n"
+                   "   n2 = 5\n"
+                   "   \"prepare_removal_of_n2\"\n"
+                   "   no targets => return\n"
+                   "remove n2s to remove later\n");
+}
+
+TEST_F(OzObjDependencySimplify, HandsACreationFromNothingOn)
+{
+  link(0, 2, CREATION, 5);
+  link(2, 3, MODIFICATION, 6, 7);
   ReportRecorder const recorder;
 
   graph.simplify_it();
 
-  EXPECT_EQ(recorder.units(), reports(0, ""));
-  EXPECT_EQ(sources_of(graph, c), std::vector<OzDynObj const*>{&a});
-  EXPECT_EQ(sources_of(graph, b), std::vector<OzDynObj const*>{}) << "the graph knows it no more";
+  EXPECT_THAT(links(), ElementsAre("0>3 CREATION q5 s7"));
+  EXPECT_EQ(recorder.units(), reports(0, UNIT));
 }
 
-TEST(OzObjDependencySimplify, DeliversARootOnceForADiamond)
+TEST_F(OzObjDependencySimplify, HandsADeletionBack)
 {
-  Thing a;
-  Thing b;
-  Thing c;
-  Thing d;
-  OzObjDependency graph;
-  graph.record_dependency(&a, &b, OzObjectDependency::CREATION, nullptr, nullptr);
-  graph.record_dependency(&a, &c, OzObjectDependency::CREATION, nullptr, nullptr);
-  graph.record_dependency(&b, &d, OzObjectDependency::ABSORPTION, nullptr, nullptr);
-  graph.record_dependency(&c, &d, OzObjectDependency::ABSORPTION, nullptr, nullptr);
-  EXPECT_EQ(sources_of(graph, d).size(), 2u);
+  link(1, 2, MODIFICATION);
+  link(2, 0, DELETION, 6, 7);
+  ReportRecorder const recorder;
 
   graph.simplify_it();
 
-  EXPECT_EQ(sources_of(graph, d), std::vector<OzDynObj const*>{&a});
+  EXPECT_THAT(links(), ElementsAre("1>0 DELETION q6 s7"));
+  EXPECT_EQ(Probe::leaf_objects(graph), std::set<OzDynObj const*>{nullptr});
+  EXPECT_EQ(recorder.units(), reports(0, UNIT));
+}
+
+TEST_F(OzObjDependencySimplify, ForgetsWhatCameFromNothingAndWentToNothing)
+{
+  link(0, 2, CREATION);
+  link(2, 0, DELETION);
+  ReportRecorder const recorder;
+
+  EXPECT_EQ(trace_of_a_step(), "\"simplify_step\" with 1 roots.\n"
+                               "rn1 = 0\n"
+                               "   n2 = 2\n"
+                               "   \"prepare_removal_of_n2\"\n"
+                               "      n1 = 0\n"
+                               "         n3 = 0\n"
+                               "         n1 == n3 == NULL-object => skip n3\n"
+                               "remove n2s to remove later\n");
+
+  EXPECT_EQ(identities_of(graph), std::set<int>{});
+  EXPECT_EQ(Probe::root_objects(graph), std::set<OzDynObj const*>{});
+  EXPECT_EQ(Probe::leaf_objects(graph), std::set<OzDynObj const*>{});
+  EXPECT_EQ(recorder.units(), reports(0, UNIT));
+}
+
+TEST_F(OzObjDependencySimplify, KeepsTheNullObjectWhereAnotherObjectComesFromNothing)
+{
+  link(0, 2, CREATION);
+  link(2, 0, DELETION);
+  link(0, 3, CREATION);
+
+  graph.simplify_it();
+
+  EXPECT_THAT(links(), ElementsAre("0>3 CREATION q- s0"));
+  EXPECT_EQ(Probe::root_objects(graph), std::set<OzDynObj const*>{nullptr});
+  EXPECT_EQ(Probe::leaf_objects(graph), std::set<OzDynObj const*>{object(3)});
+}
+
+TEST_F(OzObjDependencySimplify, KeepsTheNullObjectWhereAnotherObjectGoesToNothing)
+{
+  link(0, 2, CREATION);
+  link(2, 0, DELETION);
+  link(3, 0, DELETION);
+
+  graph.simplify_it();
+
+  EXPECT_THAT(links(), ElementsAre("3>0 DELETION q- s0"));
+  EXPECT_EQ(Probe::root_objects(graph), std::set<OzDynObj const*>{object(3)});
+  EXPECT_EQ(Probe::leaf_objects(graph), std::set<OzDynObj const*>{nullptr});
+}
+
+TEST_F(OzObjDependencySimplify, MakesAModificationOfASplitWithASingleProduct)
+{
+  link(1, 2, SPLIT, 5);
+  link(1, 3, SPLIT, 5);
+  link(3, 0, DELETION);
+  ReportRecorder const recorder;
+
+  EXPECT_EQ(trace_of_a_step(), "\"simplify_step\" with 1 roots.\n"
+                               "rn1 = 1\n"
+                               "   n2 = 2\n"
+                               "   \"prepare_removal_of_n2\"\n"
+                               "   no targets => return\n"
+                               "   n2 = 3\n"
+                               "   \"prepare_removal_of_n2\"\n"
+                               "      n1 = 1\n"
+                               "         n3 = 0\n"
+                               "remove n2s to remove later\n");
+
+  EXPECT_THAT(links(), ElementsAre("1>2 MODIFICATION q5 s0"));
+  EXPECT_EQ(identities_of(graph), (std::set<int>{1, 2}));
+  EXPECT_EQ(Probe::leaf_objects(graph), std::set<OzDynObj const*>{object(2)});
+  EXPECT_EQ(recorder.units(), reports(0, UNIT));
+}
+
+TEST_F(OzObjDependencySimplify, MakesACreationOfASplitWithASingleProductWhenToldSo)
+{
+  link(1, 2, SPLIT, 5);
+  link(1, 3, SPLIT, 5);
+  link(3, 0, DELETION);
+  graph.set_consider_split_modificational(false);
+
+  graph.simplify_it();
+
+  EXPECT_THAT(links(), ElementsAre("1>2 CREATION q5 s0"));
+}
+
+TEST_F(OzObjDependencySimplify, KeepsASplitWithTwoProducts)
+{
+  link(1, 2, SPLIT);
+  link(1, 3, SPLIT);
+  link(1, 4, SPLIT);
+  link(4, 0, DELETION);
+
+  graph.simplify_it();
+
+  EXPECT_THAT(links(), ElementsAre("1>2 SPLIT q- s0", "1>3 SPLIT q- s0"));
+}
+
+TEST_F(OzObjDependencySimplify, KeepsAContainmentWithASingleProduct)
+{
+  link(1, 2, CONTAINMENT);
+  link(1, 3, CONTAINMENT);
+  link(3, 0, DELETION);
+
+  graph.simplify_it();
+
+  EXPECT_THAT(links(), ElementsAre("1>2 CONTAINMENT q- s0"));
+}
+
+TEST_F(OzObjDependencySimplify, AsksForTheTreatmentOfSplitsThroughTheVirtualOperation)
+{
+  class Creational : public OzObjDependency
+  {
+  public:
+    bool consider_split_modificational() const override { return false; }
+  };
+  Creational creational;
+  Probe::add_dependency_pair(creational, object(1), object(2), SPLIT);
+  Probe::add_dependency_pair(creational, object(1), object(3), SPLIT);
+  Probe::add_dependency_pair(creational, object(3), nullptr, DELETION);
+
+  creational.simplify_it();
+
+  EXPECT_THAT(links_of(creational), ElementsAre("1>2 CREATION q- s0"));
+}
+
+TEST_F(OzObjDependencySimplify, HandsAnAbsorptionOnWithItsQualifier)
+{
+  link(1, 3, ABSORPTION, 5);
+  link(3, 4, MODIFICATION, 6, 7);
+  ReportRecorder const recorder;
+
+  graph.simplify_it();
+
+  EXPECT_THAT(links(), ElementsAre("1>4 ABSORPTION q5 s7"));
+  EXPECT_EQ(recorder.units(), reports(0, UNIT));
+}
+
+TEST_F(OzObjDependencySimplify, MakesCreationsOfTwoAbsorptionsThatComeOneAfterTheOther)
+{
+  link(1, 3, ABSORPTION);
+  link(2, 3, ABSORPTION);
+  link(3, 4, MODIFICATION);
+  ReportRecorder const recorder;
+
+  EXPECT_EQ(trace_of_a_step(), "\"simplify_step\" with 2 roots.\n"
+                               "rn1 = 1\n"
+                               "   n2 = 3\n"
+                               "   \"prepare_removal_of_n2\"\n"
+                               "      n1 = 1\n"
+                               "         n3 = 4\n"
+                               "      n1 = 2\n"
+                               "      is unchecked root => skip n1, remove n2 later\n"
+                               "rn1 = 2\n"
+                               "   n2 = 3\n"
+                               "   \"prepare_removal_of_n2\"\n"
+                               "      n1 = 2\n"
+                               "         n3 = 4\n"
+                               "remove n2s to remove later\n");
+
+  EXPECT_THAT(links(), ElementsAre("1>4 CREATION q- s0", "2>4 CREATION q- s0"));
+  EXPECT_EQ(recorder.units(), reports(0, UNIT));
+}
+
+TEST_F(OzObjDependencySimplify, MakesACreationOfAnAbsorptionWhoseSourceHasOtherTargets)
+{
+  link(1, 2, ABSORPTION);
+  link(2, 3, MODIFICATION);
+  link(1, 4, CREATION);
+
+  graph.simplify_it();
+
+  EXPECT_THAT(links(), ElementsAre("1>3 CREATION q- s0", "1>4 CREATION q- s0"));
+}
+
+TEST_F(OzObjDependencySimplify, SpreadsImpurityToTheOtherAbsorptionsOfTheTargetsOfAMixedSource)
+{
+  link(1, 2, ABSORPTION);
+  link(2, 3, MODIFICATION);
+  link(1, 4, CREATION);
+  link(1, 5, ABSORPTION);
+  link(6, 5, ABSORPTION);
+
+  graph.simplify_it();
+
+  EXPECT_THAT(links(), ElementsAre("1>3 CREATION q- s0", "1>4 CREATION q- s0", "1>5 CREATION q- s0",
+                                   "6>5 CREATION q- s0"));
+}
+
+TEST_F(OzObjDependencySimplify, LeavesMixedAbsorptionsAloneThatNoNewLinkTouches)
+{
+  link(1, 2, MODIFICATION);
+  link(2, 3, MODIFICATION);
+  link(4, 5, ABSORPTION);
+  link(4, 6, CREATION);
+
+  graph.simplify_it();
+
+  EXPECT_THAT(links(), ElementsAre("1>3 MODIFICATION q- s0", "4>5 ABSORPTION q- s0", "4>6 CREATION q- s0"));
+}
+
+TEST_F(OzObjDependencySimplify, KeepsAbsorptionsThatArePureAtBothEnds)
+{
+  link(1, 2, ABSORPTION);
+  link(2, 3, MODIFICATION);
+  link(2, 4, MODIFICATION);
+  ReportRecorder const recorder;
+
+  step();
+
+  EXPECT_THAT(links(), ElementsAre("1>3 ABSORPTION q- s0", "1>4 ABSORPTION q- s0"));
+  EXPECT_EQ(recorder.units(), reports(0, UNIT));
+}
+
+TEST_F(OzObjDependencySimplify, MakesACreationOfAnAbsorptionFromNothing)
+{
+  link(0, 2, ABSORPTION, 5);
+  link(2, 3, MODIFICATION);
+  ReportRecorder const recorder;
+
+  step();
+
+  EXPECT_THAT(links(), ElementsAre("0>3 CREATION q5 s0"));
+  EXPECT_EQ(recorder.units(), reports(0, UNIT));
+}
+
+TEST_F(OzObjDependencySimplify, MakesNoLinkFromNothingOfAnotherType)
+{
+  link(0, 2, MODIFICATION);
+  link(2, 3, MODIFICATION);
+  ReportRecorder const recorder;
+
+  EXPECT_EQ(trace_of_a_step(), "\"simplify_step\" with 1 roots.\n"
+                               "rn1 = 0\n"
+                               "   n2 = 2\n"
+                               "   \"prepare_removal_of_n2\"\n"
+                               "      n1 = 0\n"
+                               "         n3 = 3\n"
+                               "         _ASSERTION_: NULL-object n1 has link with wrong dependency type!!!\n"
+                               "remove n2s to remove later\n");
+
+  EXPECT_THAT(links(), IsEmpty());
+  EXPECT_EQ(identities_of(graph), std::set<int>{3});
+  EXPECT_EQ(recorder.units(), reports(1, UNIT));
+}
+
+TEST_F(OzObjDependencySimplify, MakesNoLinkToNothingButDeletions)
+{
+  link(1, 2, MODIFICATION);
+  link(2, 0, CREATION);
+  ReportRecorder const recorder;
+
+  EXPECT_EQ(trace_of_a_step(), "\"simplify_step\" with 1 roots.\n"
+                               "rn1 = 1\n"
+                               "   n2 = 2\n"
+                               "   \"prepare_removal_of_n2\"\n"
+                               "      n1 = 1\n"
+                               "         n3 = 0\n"
+                               "         n3 == NULL-object would delete something => skip n3\n"
+                               "remove n2s to remove later\n");
+
+  EXPECT_THAT(links(), IsEmpty());
+  EXPECT_EQ(identities_of(graph), std::set<int>{1});
+  EXPECT_EQ(recorder.units(), reports(0, UNIT));
+}
+
+TEST_F(OzObjDependencySimplify, PrunesCreationsFromNothingOfWhatHasARealSource)
+{
+  link(0, 2, CREATION);
+  link(2, 4, MODIFICATION);
+  link(1, 4, CREATION);
+  link(0, 5, CREATION);
+
+  graph.simplify_it();
+
+  EXPECT_THAT(links(), ElementsAre("0>5 CREATION q- s0", "1>4 CREATION q- s0"));
+  EXPECT_EQ(Probe::root_objects(graph), (std::set<OzDynObj const*>{nullptr, object(1)}));
+}
+
+TEST_F(OzObjDependencySimplify, RemovesRootAndLeafMarksOfTheNullObjectOneByOne)
+{
+  link(0, 4, CREATION);
+  link(1, 4, CREATION);
+  link(2, 0, DELETION);
+  link(5, 6, MODIFICATION);
+  link(6, 7, MODIFICATION);
+
+  graph.simplify_it();
+
+  EXPECT_THAT(links(), ElementsAre("1>4 CREATION q- s0", "2>0 DELETION q- s0", "5>7 MODIFICATION q- s0"));
+  EXPECT_EQ(Probe::root_objects(graph), (std::set<OzDynObj const*>{object(1), object(2), object(5)}));
+  EXPECT_EQ(Probe::leaf_objects(graph), (std::set<OzDynObj const*>{nullptr, object(4), object(7)}));
+}
+
+TEST_F(OzObjDependencySimplify, DropsTheRolesOfCollapsedPathsAndKeepsAllOthers)
+{
+  int const alive_before = CountingRole::alive;
+  {
+    CountingRole const role;
+    OzObjDependency with_roles;
+    with_roles.record_dependency(object(1), object(2), MODIFICATION, nullptr, &role);
+    with_roles.record_dependency(object(2), object(3), MODIFICATION, nullptr, &role);
+    with_roles.record_dependency(object(4), object(5), MODIFICATION, nullptr, &role);
+    EXPECT_EQ(CountingRole::alive - alive_before, 7);
+
+    with_roles.simplify_it();
+
+    EXPECT_THAT(links_of(with_roles), ElementsAre("1>3 MODIFICATION q- s0", "4>5 MODIFICATION q- s0 role"));
+    EXPECT_EQ(CountingRole::alive - alive_before, 3) << "the caller's, and two clones";
+  }
+  EXPECT_EQ(CountingRole::alive, alive_before);
+}
+
+TEST_F(OzObjDependencySimplify, MakesNoLinkBesideOneThatIsThereAlready)
+{
+  link(1, 2, CREATION);
+  link(1, 3, CREATION);
+  link(2, 3, MODIFICATION, NO_QUALIFIER, 9);
+  ReportRecorder const recorder;
+
+  EXPECT_EQ(trace_of_a_step(), "\"simplify_step\" with 1 roots.\n"
+                               "rn1 = 1\n"
+                               "   n2 = 2\n"
+                               "   \"prepare_removal_of_n2\"\n"
+                               "      n1 = 1\n"
+                               "         n3 = 3\n"
+                               "         link between n1 and n3 already existing => skip n3\n"
+                               "   n2 = 3\n"
+                               "   \"prepare_removal_of_n2\"\n"
+                               "   no targets => return\n"
+                               "remove n2s to remove later\n");
+
+  EXPECT_THAT(links(), ElementsAre("1>3 CREATION q- s0"));
+  EXPECT_EQ(recorder.units(), reports(0, UNIT));
+}
+
+TEST_F(OzObjDependencySimplify, ReportsWhatDoesNotFitALinkThatIsThereAlready)
+{
+  struct
+  {
+    char const* what;
+    Type existing;
+    int existing_qualifier;
+    Type first;
+    Type second;
+    int second_qualifier;
+    Type result;
+    std::size_t n_reports;
+  } const cases[] = {
+      {"creation beside creation", CREATION, 5, MODIFICATION, CREATION, 5, CREATION, 0},
+      {"absorption beside absorption", ABSORPTION, 5, MODIFICATION, ABSORPTION, 5, ABSORPTION, 0},
+      {"creation beside absorption", ABSORPTION, 5, MODIFICATION, CREATION, 5, CREATION, 0},
+      {"absorption beside creation", CREATION, 5, MODIFICATION, ABSORPTION, 5, CREATION, 0},
+      {"modification beside creation", CREATION, 5, MODIFICATION, MODIFICATION, 5, CREATION, 1},
+      {"modification beside absorption", ABSORPTION, 5, MODIFICATION, MODIFICATION, 5, CREATION, 1},
+      {"deletion beside absorption", ABSORPTION, 5, MODIFICATION, DELETION, 5, CREATION, 1},
+      {"another qualifier", CREATION, 5, MODIFICATION, CREATION, 6, CREATION, 1},
+      {"no qualifier beside one", CREATION, 5, MODIFICATION, CREATION, NO_QUALIFIER, CREATION, 1},
+      {"a qualifier beside none", CREATION, NO_QUALIFIER, MODIFICATION, CREATION, 5, CREATION, 1},
+      {"no qualifier beside none", CREATION, NO_QUALIFIER, MODIFICATION, CREATION, NO_QUALIFIER, CREATION, 0},
+      {"type and qualifier", CREATION, 5, MODIFICATION, MODIFICATION, 6, CREATION, 2},
+  };
+  for (auto const& c : cases)
+  {
+    OzObjDependency one;
+    Probe::add_dependency_pair(one, object(1), object(2), c.first);
+    Probe::add_dependency_pair(one, object(1), object(3), c.existing);
+    Probe::add_dependency_pair(one, object(2), object(3), c.second);
+    Composition::set(one, &things[1], &things[3], c.existing_qualifier, 8, c.existing);
+    Composition::set(one, &things[2], &things[3], c.second_qualifier, 9, c.second);
+    ReportRecorder const recorder;
+
+    Probe::simplify_step(one);
+
+    std::string const q = c.existing_qualifier == NO_QUALIFIER ? "q-" : "q5";
+    EXPECT_THAT(links_of(one), ElementsAre("1>3 " + name_of_type(c.result) + " " + q + " s8")) << c.what;
+    EXPECT_EQ(recorder.units(), reports(c.n_reports, UNIT)) << c.what;
+  }
+}
+
+TEST_F(OzObjDependencySimplify, RetypesALinkWithoutPartnerAloneAndReportsIt)
+{
+  link(1, 2, MODIFICATION);
+  link(1, 3, ABSORPTION);
+  link(2, 3, CREATION);
+  drop_backward(1, 3);
+  ReportRecorder const recorder;
+
+  step();
+
+  EXPECT_THAT(links(), ElementsAre("1>3 CREATION q- s0 without partner"));
+  EXPECT_EQ(recorder.units(), reports(1, UNIT));
+}
+
+TEST_F(OzObjDependencySimplify, MakesOneLinkForTwoPathsAndRemembersTheOther)
+{
+  link(1, 2, CREATION);
+  link(1, 3, CREATION);
+  link(2, 4, ABSORPTION, 5, 8);
+  link(3, 4, ABSORPTION, 5, 9);
+  ReportRecorder const recorder;
+
+  EXPECT_EQ(trace_of_a_step(), "\"simplify_step\" with 1 roots.\n"
+                               "rn1 = 1\n"
+                               "   n2 = 2\n"
+                               "   \"prepare_removal_of_n2\"\n"
+                               "      n1 = 1\n"
+                               "         n3 = 4\n"
+                               "            remember triple to skip with n2a = 3\n"
+                               "   n2 = 3\n"
+                               "   \"prepare_removal_of_n2\"\n"
+                               "      n1 = 1\n"
+                               "         n3 = 4\n"
+                               "         already handled n1 and n3 earlier => skip n3\n"
+                               "remove n2s to remove later\n");
+
+  EXPECT_THAT(links(), ElementsAre("1>4 CREATION q5 s8"));
+  EXPECT_EQ(recorder.units(), reports(0, UNIT));
+}
+
+TEST_F(OzObjDependencySimplify, ReportsPathsBetweenTheSameObjectsThatDisagree)
+{
+  struct
+  {
+    char const* what;
+    Type first;
+    Type other;
+    Type result;
+    std::size_t n_reports;
+  } const cases[] = {
+      {"creations", CREATION, CREATION, CREATION, 0},
+      {"creation before absorption", CREATION, ABSORPTION, CREATION, 1},
+      {"creation before deletion", CREATION, DELETION, CREATION, 1},
+      {"creation before modification", CREATION, MODIFICATION, CREATION, 1},
+      {"absorptions", ABSORPTION, ABSORPTION, ABSORPTION, 0},
+      {"absorption before creation", ABSORPTION, CREATION, CREATION, 0},
+      {"absorption before deletion", ABSORPTION, DELETION, ABSORPTION, 1},
+      {"absorption before modification", ABSORPTION, MODIFICATION, ABSORPTION, 1},
+      {"deletions", DELETION, DELETION, DELETION, 0},
+      {"deletion before creation", DELETION, CREATION, CREATION, 1},
+      {"deletion before absorption", DELETION, ABSORPTION, DELETION, 1},
+      {"modifications", MODIFICATION, MODIFICATION, MODIFICATION, 2},
+      {"modification before creation", MODIFICATION, CREATION, CREATION, 1},
+      {"conversion before absorption", CONVERSION, ABSORPTION, MODIFICATION, 2},
+  };
+  for (auto const& c : cases)
+  {
+    OzObjDependency one;
+    Probe::add_dependency_pair(one, object(1), object(2), MODIFICATION);
+    Probe::add_dependency_pair(one, object(1), object(3), MODIFICATION);
+    Probe::add_dependency_pair(one, object(2), object(4), c.first);
+    Probe::add_dependency_pair(one, object(3), object(4), c.other);
+    ReportRecorder const recorder;
+
+    Probe::simplify_step(one);
+
+    EXPECT_THAT(links_of(one), ElementsAre("1>4 " + name_of_type(c.result) + " q- s0")) << c.what;
+    EXPECT_EQ(recorder.units(), reports(c.n_reports, UNIT)) << c.what;
+  }
+}
+
+TEST_F(OzObjDependencySimplify, ReportsPathsBetweenTheSameObjectsWithOtherQualifiers)
+{
+  struct
+  {
+    int first;
+    int other;
+    std::size_t n_reports;
+  } const cases[] = {{5, 5, 0},
+                     {5, 6, 1},
+                     {5, NO_QUALIFIER, 1},
+                     {NO_QUALIFIER, 5, 1},
+                     {NO_QUALIFIER, NO_QUALIFIER, 0},
+                     {-1, NO_QUALIFIER, 1}};
+  for (auto const& c : cases)
+  {
+    OzObjDependency one;
+    Probe::add_dependency_pair(one, object(1), object(2), MODIFICATION);
+    Probe::add_dependency_pair(one, object(1), object(3), MODIFICATION);
+    Probe::add_dependency_pair(one, object(2), object(4), CREATION);
+    Probe::add_dependency_pair(one, object(3), object(4), CREATION);
+    Composition::set(one, &things[2], &things[4], c.first, 1, CREATION);
+    Composition::set(one, &things[3], &things[4], c.other, 2, CREATION);
+    ReportRecorder const recorder;
+
+    Probe::simplify_step(one);
+
+    EXPECT_EQ(recorder.units(), reports(c.n_reports, UNIT)) << c.first << " " << c.other;
+  }
+}
+
+TEST_F(OzObjDependencySimplify, ReportsAnUnknownTypeOnTheOtherPath)
+{
+  link(1, 2, MODIFICATION);
+  link(1, 3, TRANSFER);
+  link(2, 4, CREATION);
+  link(3, 4, CREATION);
+  ReportRecorder const recorder;
+
+  step();
+
+  EXPECT_EQ(recorder.units(), reports(2, UNIT)) << "composed for the turn of 2, and for its own";
+}
+
+TEST_F(OzObjDependencySimplify, LeavesAnObjectForLaterWhoseSourceIsATargetOfTheRoot)
+{
+  link(1, 3, CREATION);
+  link(1, 2, CREATION);
+  link(2, 3, CREATION);
+  link(3, 4, CREATION, NO_QUALIFIER, 9);
+  ReportRecorder const recorder;
+
+  EXPECT_EQ(trace_of_a_step(),
+            "\"simplify_step\" with 1 roots.\n"
+            "rn1 = 1\n"
+            "   n2 = 3\n"
+            "   \"prepare_removal_of_n2\"\n"
+            "      n1 = 1\n"
+            "         n3 = 4\n"
+            "      n1 = 2\n"
+            "      (n1 and n2) may become (n2 and n3) => skip n1, store n2 to remove it later\n"
+            "   n2 = 2\n"
+            "   \"prepare_removal_of_n2\"\n"
+            "      n1 = 1\n"
+            "         n3 = 3\n"
+            "         link between n1 and n3 already existing => skip n3\n"
+            "remove n2s to remove later\n"
+            "   n2 = 3\n"
+            "   \"prepare_removal_of_n2\"\n");
+
+  EXPECT_THAT(links(), ElementsAre("1>4 CREATION q- s9"));
+  EXPECT_EQ(identities_of(graph), (std::set<int>{1, 4}));
+  EXPECT_EQ(recorder.units(), reports(0, UNIT));
+}
+
+TEST_F(OzObjDependencySimplify, RemovesLaterWhatStillHasSources)
+{
+  link(1, 3, CREATION);
+  link(1, 2, CREATION);
+  link(2, 3, CREATION);
+  link(3, 4, CREATION);
+  link(5, 2, CREATION);
+
+  EXPECT_EQ(trace_of_a_step(),
+            "\"simplify_step\" with 2 roots.\n"
+            "rn1 = 1\n"
+            "   n2 = 3\n"
+            "   \"prepare_removal_of_n2\"\n"
+            "      n1 = 1\n"
+            "         n3 = 4\n"
+            "      n1 = 2\n"
+            "      (n1 and n2) may become (n2 and n3) => skip n1, store n2 to remove it later\n"
+            "   n2 = 2\n"
+            "   \"prepare_removal_of_n2\"\n"
+            "      n1 = 1\n"
+            "         n3 = 3\n"
+            "         link between n1 and n3 already existing => skip n3\n"
+            "      n1 = 5\n"
+            "      is unchecked root => skip n1, remove n2 later\n"
+            "rn1 = 5\n"
+            "   n2 = 2\n"
+            "   \"prepare_removal_of_n2\"\n"
+            "      n1 = 5\n"
+            "         n3 = 3\n"
+            "remove n2s to remove later\n"
+            "   n2 = 3\n"
+            "   \"prepare_removal_of_n2\"\n"
+            "      n1 = 5\n"
+            "         n3 = 4\n");
+
+  EXPECT_THAT(links(), ElementsAre("1>4 CREATION q- s0", "5>4 CREATION q- s0"));
+}
+
+TEST_F(OzObjDependencySimplify, ComposesALinkThatWasJustMade)
+{
+  link(1, 2, CREATION);
+  link(1, 3, CREATION);
+  link(2, 3, CREATION);
+  link(3, 4, CREATION, NO_QUALIFIER, 9);
+  link(6, 5, CREATION);
+  link(5, 2, CREATION);
+  ReportRecorder const recorder;
+
+  EXPECT_EQ(trace_of_a_step(), "\"simplify_step\" with 2 roots.\n"
+                               "rn1 = 1\n"
+                               "   n2 = 2\n"
+                               "   \"prepare_removal_of_n2\"\n"
+                               "      n1 = 1\n"
+                               "         n3 = 3\n"
+                               "         link between n1 and n3 already existing => skip n3\n"
+                               "      n1 = 5\n"
+                               "         n3 = 3\n"
+                               "   n2 = 3\n"
+                               "   \"prepare_removal_of_n2\"\n"
+                               "      n1 = 1\n"
+                               "         n3 = 4\n"
+                               "      n1 = 5\n"
+                               "      link between n1 and n2 is a new one\n"
+                               "         n3 = 4\n"
+                               "rn1 = 6\n"
+                               "   n2 = 5\n"
+                               "   \"prepare_removal_of_n2\"\n"
+                               "      n1 = 6\n"
+                               "         n3 = 4\n"
+                               "remove n2s to remove later\n");
+
+  EXPECT_THAT(links(), ElementsAre("1>4 CREATION q- s9", "6>4 CREATION q- s9"));
+  EXPECT_EQ(recorder.units(), reports(0, UNIT));
+}
+
+TEST_F(OzObjDependencySimplify, RemembersAPathThroughALinkThatWasJustMade)
+{
+  link(1, 2, CREATION);
+  link(1, 9, CREATION);
+  link(8, 7, CREATION);
+  link(7, 5, CREATION);
+  link(7, 9, CREATION);
+  link(5, 2, CREATION);
+  link(2, 3, CREATION);
+  link(9, 3, CREATION);
+  ReportRecorder const recorder;
+
+  EXPECT_EQ(trace_of_a_step(), "\"simplify_step\" with 2 roots.\n"
+                               "rn1 = 1\n"
+                               "   n2 = 2\n"
+                               "   \"prepare_removal_of_n2\"\n"
+                               "      n1 = 1\n"
+                               "         n3 = 3\n"
+                               "            remember triple to skip with n2a = 9\n"
+                               "      n1 = 5\n"
+                               "         n3 = 3\n"
+                               "   n2 = 9\n"
+                               "   \"prepare_removal_of_n2\"\n"
+                               "      n1 = 1\n"
+                               "         n3 = 3\n"
+                               "         already handled n1 and n3 earlier => skip n3\n"
+                               "      n1 = 7\n"
+                               "         n3 = 3\n"
+                               "            remember triple to skip via not yet created link with n2a = 5\n"
+                               "rn1 = 8\n"
+                               "   n2 = 7\n"
+                               "   \"prepare_removal_of_n2\"\n"
+                               "      n1 = 8\n"
+                               "         n3 = 5\n"
+                               "         n3 = 3\n"
+                               "            remember triple to skip with n2a = 5\n"
+                               "remove n2s to remove later\n");
+
+  EXPECT_THAT(links(), ElementsAre("1>3 CREATION q- s0", "5>3 CREATION q- s0", "8>3 CREATION q- s0",
+                                   "8>5 CREATION q- s0"));
+  graph.simplify_it();
+  EXPECT_THAT(links(), ElementsAre("1>3 CREATION q- s0", "8>3 CREATION q- s0"));
+  EXPECT_EQ(recorder.units(), reports(0, UNIT));
+}
+
+TEST_F(OzObjDependencySimplify, MakesOneLinkForADependencyThatIsThereTwice)
+{
+  link(1, 2, MODIFICATION);
+  link(2, 3, CREATION);
+  link(2, 3, CREATION);
+  ReportRecorder const recorder;
+
+  EXPECT_EQ(trace_of_a_step(),
+            "\"simplify_step\" with 1 roots.\n"
+            "rn1 = 1\n"
+            "   n2 = 2\n"
+            "   \"prepare_removal_of_n2\"\n"
+            "      n1 = 1\n"
+            "         n3 = 3\n"
+            "         n3 = 3\n"
+            "         link between n1 and n3 already chosen to create => skip n3\n"
+            "  _ASSERTION_: removing links between n2 and (n3 = 3): no link from n3 to n2!!!\n"
+            "remove n2s to remove later\n");
+
+  EXPECT_THAT(links(), ElementsAre("1>3 CREATION q- s0"));
+  EXPECT_EQ(recorder.units(), (std::vector<std::string>{UNIT, "ozobjdependency.cpp"}))
+      << "the look-ups know one of the two";
+}
+
+TEST_F(OzObjDependencySimplify, ReportsAnInvalidTypeBetweenIntermediatesAndEndsNormally)
+{
+  link(1, 2, MODIFICATION, 5);
+  link(2, 3, UNSPECIFIED, 6);
+  link(3, 4, MODIFICATION, 7, 9);
+  ReportRecorder const recorder;
+
+  graph.simplify_it();
+
+  EXPECT_THAT(links(), ElementsAre("1>4 MODIFICATION q7 s9"));
+  EXPECT_EQ(recorder.units(), reports(2, UNIT)) << "the graph is invalid, and so is what is composed";
+}
+
+TEST_F(OzObjDependencySimplify, ValidatesBeforeEachStepWhenAHandlerIsInstalled)
+{
+  class Counting : public OzObjDependency
+  {
+  public:
+    bool is_valid(OzJournal* journal) const override
+    {
+      EXPECT_EQ(journal, nullptr);
+      ++n_validations;
+      return is_good;
+    }
+    mutable int n_validations = 0;
+    bool is_good = true;
+  };
+  Counting counting;
+  Probe::add_dependency_pair(counting, object(1), object(2), MODIFICATION);
+  Probe::add_dependency_pair(counting, object(2), object(3), MODIFICATION);
+  Probe::add_dependency_pair(counting, object(3), object(4), MODIFICATION);
+  {
+    ReportRecorder const recorder;
+    counting.simplify_it();
+    EXPECT_EQ(counting.n_validations, 3) << "two steps that change something, and one that does not";
+    EXPECT_EQ(recorder.units(), reports(0, UNIT));
+
+    counting.is_good = false;
+    counting.simplify_it();
+    EXPECT_EQ(counting.n_validations, 4);
+    EXPECT_EQ(recorder.units(), reports(1, UNIT));
+  }
+
+  counting.simplify_it();
+  EXPECT_EQ(counting.n_validations, 4) << "not without a handler";
+}
+
+// Damaged graphs.
+
+TEST_F(OzObjDependencySimplify, ReportsAndSkipsANullAmongTheRoots)
+{
+  link(1, 2, MODIFICATION);
+  link(2, 3, MODIFICATION);
+  Probe::roots(graph).insert(nullptr);
+  ReportRecorder const recorder;
+
+  EXPECT_EQ(trace_of_a_step().substr(0, 38), "\"simplify_step\" with 2 roots.\nrn1 = 1\n");
+
+  EXPECT_THAT(links(), ElementsAre("1>3 MODIFICATION q- s0"));
+  EXPECT_EQ(recorder.units(), reports(1, UNIT));
+}
+
+TEST_F(OzObjDependencySimplify, ReportsALinkWithoutATargetNode)
+{
+  link(1, 2, MODIFICATION);
+  OzObjDepLink* const record = forward(1, 2);
+  OzObjDepNode* const node = record->node;
+  record->node = nullptr;
+  ReportRecorder const recorder;
+
+  EXPECT_EQ(trace_of_a_step(), "\"simplify_step\" with 1 roots.\n"
+                               "rn1 = 1\n"
+                               "   n2 = 0\n"
+                               "   \"prepare_removal_of_n2\"\n"
+                               "remove n2s to remove later\n");
+
+  EXPECT_EQ(recorder.units(), reports(1, UNIT));
+  record->node = node;
+}
+
+TEST_F(OzObjDependencySimplify, ReportsASourceThatHoldsNoLink)
+{
+  link(2, 3, CREATION);
+  link(1, 3, CREATION);
+  link(3, 4, CREATION);
+  drop_forward(2, 3);
+  ReportRecorder const recorder;
+
+  EXPECT_EQ(trace_of_a_step(), "\"simplify_step\" with 2 roots.\n"
+                               "rn1 = 2\n"
+                               "rn1 = 1\n"
+                               "   n2 = 3\n"
+                               "   \"prepare_removal_of_n2\"\n"
+                               "      n1 = 2\n"
+                               "      _ASSERTION_: link from n1 to n2 missing!!!\n"
+                               "      n1 = 1\n"
+                               "         n3 = 4\n"
+                               "remove n2s to remove later\n");
+
+  EXPECT_THAT(links(), ElementsAre("1>4 CREATION q- s0"));
+  EXPECT_EQ(identities_of(graph), (std::set<int>{1, 2, 4}));
+  EXPECT_EQ(recorder.units(), reports(1, UNIT));
+}
+
+TEST_F(OzObjDependencySimplify, ReportsATargetThatHoldsNoLink)
+{
+  link(1, 2, CREATION);
+  link(2, 3, CREATION);
+  drop_backward(2, 3);
+  ReportRecorder const recorder;
+
+  EXPECT_EQ(trace_of_a_step(), "\"simplify_step\" with 1 roots.\n"
+                               "rn1 = 1\n"
+                               "   n2 = 2\n"
+                               "   \"prepare_removal_of_n2\"\n"
+                               "      n1 = 1\n"
+                               "         n3 = 3\n"
+                               "  _ASSERTION_: removing links between n2 and (n3 = 3): no link from n3 to"
+                               " n2!!!\n"
+                               "remove n2s to remove later\n");
+
+  EXPECT_THAT(links(), ElementsAre("1>3 CREATION q- s0"));
+  EXPECT_EQ(recorder.units(), reports(1, UNIT));
+}
+
+TEST_F(OzObjDependencySimplify, ReportsALinkThatOnlyTheLookUpKnows)
+{
+  link(1, 2, CREATION);
+  link(2, 3, CREATION);
+  OzObjDepLink* const record = backward(2, 3);
+  Probe::node(graph, object(3))->source_links.erase(record);
+  ReportRecorder const recorder;
+
+  EXPECT_EQ(trace_of_a_step(), "\"simplify_step\" with 1 roots.\n"
+                               "rn1 = 1\n"
+                               "   n2 = 2\n"
+                               "   \"prepare_removal_of_n2\"\n"
+                               "      n1 = 1\n"
+                               "         n3 = 3\n"
+                               "  _ASSERTION_: removing link from (n3 = 3) to n2 failed!!!\n"
+                               "remove n2s to remove later\n");
+
+  EXPECT_THAT(links(), ElementsAre("1>3 CREATION q- s0"));
+  EXPECT_EQ(recorder.units(), reports(1, UNIT));
+  delete record;
+}
+
+TEST_F(OzObjDependencySimplify, ReportsANullNodeOfTheNullObject)
+{
+  link(1, 2, CREATION);
+  link(2, 3, CREATION);
+  Probe::nodes(graph).insert(nullptr, nullptr);
+  ReportRecorder const recorder;
+
+  step();
+
+  EXPECT_EQ(recorder.units(), reports(1, UNIT));
+  Probe::nodes(graph).erase(nullptr);
+  EXPECT_THAT(links(), ElementsAre("1>3 CREATION q- s0"));
+}
+
+TEST_F(OzObjDependencySimplify, ReportsANodeThatTheGraphDoesNotKnow)
+{
+  link(1, 2, CREATION);
+  link(2, 3, CREATION);
+  Probe::nodes(graph).erase(object(2));
+  ReportRecorder const recorder;
+
+  step();
+
+  EXPECT_EQ(recorder.units(), reports(1, UNIT));
+  EXPECT_THAT(links(), ElementsAre("1>3 CREATION q- s0"));
+}
+
+TEST_F(OzObjDependencySimplify, ReportsALoneSplitWithoutPartner)
+{
+  link(1, 2, SPLIT);
+  link(1, 3, SPLIT);
+  link(3, 4, CREATION);
+  drop_backward(1, 2);
+  ReportRecorder const recorder;
+
+  step();
+
+  EXPECT_THAT(links(), ElementsAre("1>2 MODIFICATION q- s0 without partner", "1>4 CREATION q- s0"));
+  EXPECT_EQ(recorder.units(), reports(1, UNIT));
+}
+
+TEST_F(OzObjDependencySimplify, ReportsAbsorptionsWithoutPartner)
+{
+  // The source is mixed, and one of its absorptions has no partner at the target.
+  link(1, 2, ABSORPTION);
+  link(2, 3, MODIFICATION);
+  link(1, 4, CREATION);
+  link(1, 5, ABSORPTION);
+  drop_backward(1, 5);
+  // The target is mixed, and one of its absorptions has no partner at the source.
+  link(6, 7, ABSORPTION);
+  link(7, 8, MODIFICATION);
+  link(9, 8, ABSORPTION);
+  link(10, 8, CREATION);
+  drop_forward(9, 8);
+  ReportRecorder const recorder;
+
+  step();
+
+  EXPECT_THAT(links(),
+              ElementsAre("1>3 CREATION q- s0", "1>4 CREATION q- s0", "1>5 CREATION q- s0 without partner",
+                          "6>8 CREATION q- s0", "10>8 CREATION q- s0"));
+  EXPECT_EQ(backward(9, 8)->dependency_type, CREATION);
+  EXPECT_EQ(recorder.units(), reports(3, UNIT))
+      << "two without partner, and a source of an absorption that holds none";
+}
+
+TEST_F(OzObjDependencySimplify, ReportsAndPrunesALinkOfTheNullObjectWithoutPartner)
+{
+  link(0, 4, CREATION);
+  link(1, 4, CREATION);
+  link(2, 4, CREATION);
+  drop_backward(0, 4);
+  link(5, 6, MODIFICATION);
+  link(6, 7, MODIFICATION);
+  ReportRecorder const recorder;
+
+  step();
+
+  EXPECT_THAT(links(), ElementsAre("1>4 CREATION q- s0", "2>4 CREATION q- s0", "5>7 MODIFICATION q- s0"));
+  EXPECT_EQ(identities_of(graph), (std::set<int>{1, 2, 4, 5, 7}));
+  EXPECT_EQ(recorder.units(), reports(1, UNIT));
+}
+
+// Cycles.
+
+TEST_F(OzObjDependencySimplify, SurvivesACycleBehindARoot)
+{
+  link(1, 2, CREATION);
+  link(2, 3, CREATION);
+  link(3, 2, CREATION);
+  link(3, 4, CREATION);
+
+  graph.simplify_it();
+
+  EXPECT_THAT(links(), ElementsAre("1>4 CREATION q- s0"));
+  EXPECT_EQ(identities_of(graph), (std::set<int>{1, 4}));
+}
+
+TEST_F(OzObjDependencySimplify, SurvivesAnObjectThatBecameItself)
+{
+  link(1, 2, CREATION);
+  link(2, 2, CREATION);
+  link(2, 3, CREATION);
+
+  graph.simplify_it();
+
+  EXPECT_THAT(links(), ElementsAre("1>3 CREATION q- s0"));
+  EXPECT_EQ(identities_of(graph), (std::set<int>{1, 3}));
+}
+
+TEST_F(OzObjDependencySimplify, LeavesACycleAloneThatNoRootReaches)
+{
+  link(1, 2, CREATION);
+  link(2, 1, CREATION);
+  link(3, 3, CREATION);
+
+  graph.simplify_it();
+
+  EXPECT_THAT(links(), ElementsAre("1>2 CREATION q- s0", "2>1 CREATION q- s0", "3>3 CREATION q- s0"));
+}
+
+TEST_F(OzObjDependencySimplify, SurvivesCyclesWithoutAWayOut)
+{
+  for (int length = 1; length <= 6; ++length)
+  {
+    OzObjDependency cycle;
+    Probe::add_dependency_pair(cycle, object(15), object(1), CREATION);
+    Probe::add_dependency_pair(cycle, object(14), object(length), CREATION);
+    for (int i = 1; i <= length; ++i)
+      Probe::add_dependency_pair(cycle, object(i), object(i % length + 1), CREATION);
+
+    cycle.simplify_it();
+
+    for (OzObjDepNode* root : Probe::roots(cycle))
+      for (OzObjDepLink* record : root->target_links)
+        EXPECT_TRUE(record->node->target_links.empty()) << length;
+  }
+}
+
+// Large ones.
+
+TEST_F(OzObjDependencySimplify, RecordsOnAfterwards)
+{
+  link(1, 2, MODIFICATION);
+  link(2, 3, MODIFICATION);
+  graph.simplify_it();
+
+  EXPECT_TRUE(graph.record_dependency(object(3), object(4), MODIFICATION, nullptr, nullptr));
+  EXPECT_TRUE(graph.record_dependency(object(2), object(5), MODIFICATION, nullptr, nullptr));
+  graph.simplify_it();
+
+  EXPECT_THAT(links(), ElementsAre("1>4 MODIFICATION q- s0", "2>5 MODIFICATION q- s0"));
+}
+
+namespace
+{
+void* simplify_a_long_chain(void* done)
+{
+  constexpr int DEPTH = 300000;
+  std::deque<Thing> things;
+  OzObjDependency graph;
+  for (int i = 0; i < DEPTH; ++i)
+    things.emplace_back(i + 1);
+  for (std::size_t i = 0; i + 1 < DEPTH; ++i)
+    graph.record_dependency(&things[i], &things[i + 1], MODIFICATION, nullptr, nullptr);
+  graph.simplify_it();
+  *static_cast<Texts*>(done) = links_of(graph);
+  return nullptr;
+}
+} // namespace
+
+TEST_F(OzObjDependencySimplify, CollapsesALongChainOnASmallStack)
+{
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  ASSERT_EQ(pthread_attr_setstacksize(&attributes, 256 * 1024), 0);
+  Texts left;
+  pthread_t thread;
+  ASSERT_EQ(pthread_create(&thread, &attributes, &simplify_a_long_chain, &left), 0);
+  pthread_join(thread, nullptr);
+  pthread_attr_destroy(&attributes);
+
+  EXPECT_THAT(left, ElementsAre("1>300000 MODIFICATION q- s0"));
 }
