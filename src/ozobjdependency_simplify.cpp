@@ -4,31 +4,167 @@
 #include "ozjournal.h"
 #include "ozobjdependency_p.h"
 
-#include <map>
+#include <algorithm>
+#include <cstddef>
+#include <functional>
 #include <memory>
+#include <unordered_map>
+#include <vector>
 
 // Simplification takes the nodes between roots and leaves out, one at a time, and puts a direct dependency
 // in the place of each path through such a node. In all of this unit n2 is the node about to go, n1 one of
 // its sources, n3 one of its targets, and rn1 the root whose turn it is.
+
+namespace
+{
+struct NodePair
+{
+  bool operator==(NodePair const& other) const { return first == other.first && second == other.second; }
+
+  OzObjDepNode const* first;
+  OzObjDepNode const* second;
+};
+
+struct NodePairHash
+{
+  std::size_t operator()(NodePair const& pair) const
+  {
+    // Nodes lie side by side: multiplication spreads the two addresses before they are mixed.
+    return (reinterpret_cast<std::size_t>(pair.first) * 0x9E3779B97F4A7C15u) ^
+           (reinterpret_cast<std::size_t>(pair.second) * 0xC2B2AE3D27D4EB4Fu) >> 17;
+  }
+};
+
+/// A link from n1 that leads to n3, or that may lead there through the node at its end.
+struct Way
+{
+  OzObjDepLink* link;
+  bool is_existing;       // or else one of the new links
+  std::uint64_t position; // among the new links
+};
+} // namespace
 
 /// What one phase of a step has decided and not yet done. The walk over n1's forward records must not meet
 /// changes of that set, so forward records wait here, both the new and the old ones, until commit_changes.
 /// Backward records of new links are in their place at once.
 struct OzObjDepSimplifyContext
 {
+  static constexpr std::uint64_t NONE = ~std::uint64_t(0);
+
   OzObjDepSimplifyContext(bool split_is_modificational, OzJournal* journal)
     : split_modificational(split_is_modificational)
     , trace(journal)
   {
   }
 
+  void add_new_link(OzObjDepNode* source, OzObjDepLink* link)
+  {
+    new_link_sources.append(source);
+    new_links.append(link);
+    if (new_links.size() <= FEW)
+      return;
+    for (std::uint64_t i = new_link_index.empty() ? 0 : new_links.size() - 1; i < new_links.size(); ++i)
+    {
+      new_link_index.emplace(NodePair{new_link_sources[i], new_links[i]->node}, i);
+      new_links_of[new_link_sources[i]].push_back(i);
+    }
+  }
+
+  void add_old_link(OzObjDepNode* source, OzObjDepLink* link)
+  {
+    old_link_sources.append(source);
+    old_links.append(link);
+    if (old_links.size() <= FEW)
+      return;
+    for (std::uint64_t i = old_sources_of.empty() ? 0 : old_links.size() - 1; i < old_links.size(); ++i)
+      old_sources_of[old_links[i]->node].push_back(old_link_sources[i]);
+  }
+
+  /// The place of the link from `source` to `target` among the new links, or NONE.
+  std::uint64_t position_of_new_link(OzObjDepNode const* source, OzObjDepNode const* target) const
+  {
+    if (!new_link_index.empty())
+    {
+      auto const found = new_link_index.find(NodePair{source, target});
+      return found != new_link_index.end() ? found->second : NONE;
+    }
+    for (std::uint64_t i = 0; i < new_links.size(); ++i)
+      if (new_link_sources[i] == source && new_links[i]->node == target)
+        return i;
+    return NONE;
+  }
+
   /// The forward record from `source` to `target` that waits to be entered, or null.
   OzObjDepLink* new_link(OzObjDepNode const* source, OzObjDepNode const* target) const
   {
-    for (std::uint64_t i = 0; i < new_links.size(); ++i)
-      if (new_link_sources[i] == source && new_links[i]->node == target)
-        return new_links[i];
-    return nullptr;
+    std::uint64_t const position = position_of_new_link(source, target);
+    return position != NONE ? new_links[position] : nullptr;
+  }
+
+  /// At least the number of new links from `source`, and not far above it.
+  std::uint64_t new_links_bound(OzObjDepNode const* source) const
+  {
+    if (new_link_index.empty())
+      return new_links.size();
+    auto const found = new_links_of.find(source);
+    return found != new_links_of.end() ? found->second.size() : 0;
+  }
+
+  /// Calls `visit` with the place of each new link from `source`, in their order, until it answers false.
+  template <class Visit>
+  void visit_new_links(OzObjDepNode const* source, Visit visit) const
+  {
+    if (new_link_index.empty())
+    {
+      for (std::uint64_t i = 0; i < new_links.size(); ++i)
+        if (new_link_sources[i] == source && !visit(i))
+          return;
+      return;
+    }
+    auto const found = new_links_of.find(source);
+    if (found == new_links_of.end())
+      return;
+    for (std::uint64_t i : found->second)
+      if (!visit(i))
+        return;
+  }
+
+  /// Calls `visit` with each node that holds a record to be dropped to `target`.
+  template <class Visit>
+  void visit_old_sources(OzObjDepNode const* target, Visit visit) const
+  {
+    if (old_sources_of.empty())
+    {
+      for (std::uint64_t i = 0; i < old_links.size(); ++i)
+        if (old_links[i]->node == target)
+          visit(old_link_sources[i]);
+      return;
+    }
+    auto const found = old_sources_of.find(target);
+    if (found == old_sources_of.end())
+      return;
+    for (OzObjDepNode* source : found->second)
+      visit(source);
+  }
+
+  void forget_new_links()
+  {
+    new_link_sources.resize(0, true);
+    new_links.resize(0, true);
+    // A table that has once been large is dear to clear, and the next root may be a small one.
+    if (!new_link_index.empty())
+    {
+      decltype(new_link_index)().swap(new_link_index);
+      decltype(new_links_of)().swap(new_links_of);
+    }
+  }
+
+  void forget_old_links()
+  {
+    old_link_sources.resize(0, true);
+    old_links.resize(0, true);
+    if (!old_sources_of.empty())
+      decltype(old_sources_of)().swap(old_sources_of);
   }
 
   bool const split_modificational; // what becomes of a lone SPLIT
@@ -38,11 +174,20 @@ struct OzObjDepSimplifyContext
   OzArray<OzObjDepLink*> old_links;     // beside old_link_sources: forward records to be dropped there
   OzArray<OzObjDepNode*> removed_nodes; // without links, to be deleted
   OzAddressSet<OzObjDepNode*> n2s_to_remove_later;
-  // From n1 to pairs of another intermediate node n2a and an n3: n1 and n3 have been settled by another path,
-  // and the one through n2a needs no link.
-  std::map<OzObjDepNode*, std::multimap<OzObjDepNode*, OzObjDepNode*>, std::less<OzObjDepNode*>>
-      triples_to_skip;
+  // From a pair n1, n3 that has been settled by one path to the other intermediate nodes n2a whose paths
+  // therefore need no link. Whether some n2a does not lie below a given node is all that is ever asked, so
+  // the highest one stands for all.
+  std::unordered_map<NodePair, OzObjDepNode*, NodePairHash> triples_to_skip;
+  std::vector<Way> ways;  // of the path at hand; here so that its memory serves for all
   OzJournal* const trace; // not owned, may be null
+
+private:
+  // Up to here the links are searched one by one, and the tables below are empty.
+  static constexpr std::uint64_t FEW = 8;
+
+  std::unordered_map<NodePair, std::uint64_t, NodePairHash> new_link_index; // by both ends
+  std::unordered_map<OzObjDepNode const*, std::vector<std::uint64_t>> new_links_of;
+  std::unordered_map<OzObjDepNode const*, std::vector<OzObjDepNode*>> old_sources_of; // by target
 };
 
 namespace
@@ -76,23 +221,6 @@ bool have_equal_qualifiers(OzObjDepLink const& link, bool has_target_qualifier, 
          (!has_target_qualifier || link.target_qualifier == target_qualifier);
 }
 
-/// A node's forward records, with those that wait to be entered behind the others.
-struct ForwardRecords
-{
-  ForwardRecords(OzObjDepSimplifyContext const& context, OzObjDepNode const* node)
-  {
-    for (OzObjDepLink* link : node->target_links)
-      links.append(link);
-    n_existing = links.size();
-    for (std::uint64_t i = 0; i < context.new_links.size(); ++i)
-      if (context.new_link_sources[i] == node)
-        links.append(context.new_links[i]);
-  }
-
-  OzArray<OzObjDepLink*> links;
-  std::uint64_t n_existing = 0;
-};
-
 std::uint64_t count_type(OzObjDepLinkSet const& links, Type type)
 {
   std::uint64_t n = 0;
@@ -100,6 +228,29 @@ std::uint64_t count_type(OzObjDepLinkSet const& links, Type type)
     if (link != nullptr && link->dependency_type == type)
       ++n;
   return n;
+}
+
+bool has_exactly_one(OzObjDepLinkSet const& links, Type type)
+{
+  bool has_one = false;
+  for (OzObjDepLink const* link : links)
+  {
+    if (link == nullptr || link->dependency_type != type)
+      continue;
+    if (has_one)
+      return false;
+    has_one = true;
+  }
+  return has_one;
+}
+
+/// The nodes of a list, each once and in the order of the walks.
+OzAddressSet<OzObjDepNode*> set_of(OzArray<OzObjDepNode*> const& nodes)
+{
+  OzAddressSet<OzObjDepNode*> set;
+  for (OzObjDepNode* node : nodes)
+    set.insert(node);
+  return set;
 }
 
 /// Retypes all of a node's forward records of type `from`, each with its partner at the other end.
@@ -138,7 +289,7 @@ void clean_up_absorptions(OzArray<OzObjDepNode*> const& touched_targets)
 {
   OzAddressSet<OzObjDepNode*> absorbing_sources;
   OzAddressSet<OzObjDepNode*> absorbing_targets;
-  for (OzObjDepNode* target : touched_targets)
+  for (OzObjDepNode* target : set_of(touched_targets))
   {
     for (OzObjDepLink const* link : target->source_links)
     {
@@ -154,8 +305,13 @@ void clean_up_absorptions(OzArray<OzObjDepNode*> const& touched_targets)
   for (OzObjDepNode* source : absorbing_sources)
   {
     for (OzObjDepLink const* link : source->target_links)
-      if (link != nullptr && link->dependency_type == OzObjectDependency::ABSORPTION && link->node != nullptr)
+    {
+      if (link == nullptr || link->dependency_type != OzObjectDependency::ABSORPTION)
+        continue;
+      OZ_ASSERT(link->node != nullptr);
+      if (link->node != nullptr)
         absorbing_targets.insert(link->node);
+    }
 
     std::uint64_t const absorptions = count_type(source->target_links, OzObjectDependency::ABSORPTION);
     OZ_ASSERT(absorptions != 0);
@@ -290,7 +446,7 @@ bool OzObjDependency::prepare_removal_of_n2(OzObjDepSimplifyContext& context, Oz
     }
 
     // When n1 goes in its turn, n1 and n2 may come to stand as an n2 and its n3.
-    if (rn1 != nullptr && n1 != rn1 && has_target(rn1, n1))
+    if (rn1 != nullptr && n1 != rn1 && rn1->target_link_map.contains(n1))
     {
       complete = false;
       context.n2s_to_remove_later.insert(n2);
@@ -302,8 +458,7 @@ bool OzObjDependency::prepare_removal_of_n2(OzObjDepSimplifyContext& context, Oz
     for (OzObjDepLink const* t : n2->target_links)
       if (t != nullptr && t->node != nullptr)
         link_n1_to_n3(context, n1, n2, l12, t);
-    context.old_link_sources.append(n1);
-    context.old_links.append(l12);
+    context.add_old_link(n1, l12);
     done_sources.append(s);
   }
 
@@ -315,14 +470,6 @@ bool OzObjDependency::prepare_removal_of_n2(OzObjDepSimplifyContext& context, Oz
   if (complete)
     remove_n2(context, n2);
   return true;
-}
-
-bool OzObjDependency::has_target(OzObjDepNode const* node, OzObjDepNode const* target)
-{
-  for (OzObjDepLink const* link : node->target_links)
-    if (link != nullptr && link->node == target)
-      return true;
-  return false;
 }
 
 /// Makes the link from n1 to n3 that stands for the path `l12`, `t`, unless it isn't wanted.
@@ -375,8 +522,7 @@ void OzObjDependency::link_n1_to_n3(OzObjDepSimplifyContext& context, OzObjDepNo
   };
   auto forward = make_link(n3);
   auto backward = make_link(n1);
-  context.new_link_sources.append(n1);
-  context.new_links.append(forward.release());
+  context.add_new_link(n1, forward.release());
   n3->add_source_link(backward.release());
 }
 
@@ -517,31 +663,22 @@ bool OzObjDependency::skip_n3(OzObjDepSimplifyContext& context, OzObjDepNode* n1
   if (n1 == nullptr || n2 == nullptr || n3 == nullptr)
     return true;
 
-  auto const settled = context.triples_to_skip.find(n1);
-  if (settled != context.triples_to_skip.end())
+  auto const settled = context.triples_to_skip.find(NodePair{n1, n3});
+  if (settled != context.triples_to_skip.end() && !std::less<OzObjDepNode*>()(settled->second, n2))
   {
-    // On to the end of all pairs, and not only over those of n2.
-    for (auto pair = settled->second.lower_bound(n2); pair != settled->second.end(); ++pair)
-    {
-      if (pair->second != n3)
-        continue;
-      trace_line(context.trace, "         already handled n1 and n3 earlier", " => skip n3");
-      return true;
-    }
+    trace_line(context.trace, "         already handled n1 and n3 earlier", " => skip n3");
+    return true;
   }
 
-  ForwardRecords const of_n1(context, n1);
-  for (std::uint64_t i = 0; i < of_n1.links.size(); ++i)
+  collect_ways(context, n1, n3);
+  for (Way const& way : context.ways)
   {
-    OzObjDepLink* const link = of_n1.links[i];
-    if (link == nullptr || link->node == nullptr)
-      continue;
-
+    OzObjDepLink* const link = way.link;
     if (link->node == n3)
     {
       trace_line(context.trace,
-                 i < of_n1.n_existing ? "         link between n1 and n3 already existing"
-                                      : "         link between n1 and n3 already chosen to create",
+                 way.is_existing ? "         link between n1 and n3 already existing"
+                                 : "         link between n1 and n3 already chosen to create",
                  " => skip n3");
       OZ_ASSERT(type == CREATION || type == ABSORPTION);
       if (type != ABSORPTION && link->dependency_type == ABSORPTION)
@@ -561,6 +698,59 @@ bool OzObjDependency::skip_n3(OzObjDepSimplifyContext& context, OzObjDepNode* n1
   return false;
 }
 
+/// Writes to the context's `ways` the forward records of n1 that lead to n3, directly or through one node:
+/// those that n1 holds by ascending address, then the new ones in their order. Others may be among them.
+///
+/// Either end may have very many links, and hardly ever both have: the search begins at the one with fewer.
+void OzObjDependency::collect_ways(OzObjDepSimplifyContext& context, OzObjDepNode const* n1,
+                                   OzObjDepNode const* n3)
+{
+  std::vector<Way>& ways = context.ways;
+  ways.clear();
+  if (n1->target_links.size() + context.new_links_bound(n1) <= n3->source_links.size())
+  {
+    for (OzObjDepLink* link : n1->target_links)
+      if (link != nullptr && link->node != nullptr)
+        ways.push_back({link, true, 0});
+    context.visit_new_links(n1,
+                            [&](std::uint64_t position)
+                            {
+                              ways.push_back({context.new_links[position], false, position});
+                              return true;
+                            });
+    return;
+  }
+
+  auto const add_way_to = [&](OzObjDepNode const* node)
+  {
+    if (OzObjDepLink* const existing = n1->target_link_map.value(const_cast<OzObjDepNode*>(node)))
+    {
+      ways.push_back({existing, true, 0});
+      return;
+    }
+    std::uint64_t const position = context.position_of_new_link(n1, node);
+    if (position != OzObjDepSimplifyContext::NONE)
+      ways.push_back({context.new_links[position], false, position});
+  };
+  add_way_to(n3);
+  for (OzObjDepLink const* link : n3->source_links)
+    if (link != nullptr && link->node != nullptr)
+      add_way_to(link->node);
+  // Where n3 was an n2 itself, its sources still hold their records, and it has none of them any more.
+  context.visit_old_sources(n3, add_way_to);
+
+  auto const is_before = [](Way const& a, Way const& b)
+  {
+    if (a.is_existing != b.is_existing)
+      return a.is_existing;
+    return a.is_existing ? std::less<OzObjDepLink*>()(a.link, b.link) : a.position < b.position;
+  };
+  std::sort(ways.begin(), ways.end(), is_before);
+  ways.erase(
+      std::unique(ways.begin(), ways.end(), [](Way const& a, Way const& b) { return a.link == b.link; }),
+      ways.end());
+}
+
 /// The link from n1 to n3 is made for the path through n2. If `link` leads to n3 as well, through another
 /// node n2a, then that path is noted to need no link of its own, and CREATION wins over ABSORPTION.
 void OzObjDependency::settle_path(OzObjDepSimplifyContext& context, OzObjDepNode* n1,
@@ -568,11 +758,10 @@ void OzObjDependency::settle_path(OzObjDepSimplifyContext& context, OzObjDepNode
                                   bool has_target_qualifier, int target_qualifier)
 {
   OzObjDepNode* const n2a = link->node;
-  ForwardRecords const of_n2a(context, n2a);
-  for (std::uint64_t i = 0; i < of_n2a.links.size(); ++i)
+  OzObjDepLink const* const existing = n2a->target_link_map.value(n3);
+  for (OzObjDepLink const* onward : {existing, static_cast<OzObjDepLink const*>(context.new_link(n2a, n3))})
   {
-    OzObjDepLink const* const onward = of_n2a.links[i];
-    if (onward == nullptr || onward->node != n3)
+    if (onward == nullptr)
       continue;
 
     OZ_ASSERT(type == CREATION || type == DELETION || type == ABSORPTION);
@@ -595,12 +784,13 @@ void OzObjDependency::settle_path(OzObjDepSimplifyContext& context, OzObjDepNode
     OZ_ASSERT(has_target_qualifier == other_has_target_qualifier &&
               (!has_target_qualifier || target_qualifier == other_target_qualifier));
 
-    if (i < of_n2a.n_existing)
+    if (onward == existing)
       trace_line(context.trace, "            remember triple to skip with n2a = ", identity(n2a));
     else
       trace_line(context.trace, "            remember triple to skip via not yet created",
                  " link with n2a = ", identity(n2a));
-    context.triples_to_skip[n1].emplace(n2a, n3);
+    OzObjDepNode*& highest = context.triples_to_skip[NodePair{n1, n3}];
+    highest = std::max(highest, n2a, std::less<OzObjDepNode*>());
   }
 }
 
@@ -612,8 +802,7 @@ void OzObjDependency::commit_changes(OzObjDepSimplifyContext& context, ObjectNod
     touched_targets.append(context.new_links[i]->node);
     context.new_link_sources[i]->add_target_link(context.new_links[i]);
   }
-  context.new_link_sources.resize(0, true);
-  context.new_links.resize(0, true);
+  context.forget_new_links();
 
   OZ_ASSERT(context.old_link_sources.size() == context.old_links.size());
   for (std::uint64_t i = 0; i < context.old_links.size(); ++i)
@@ -625,11 +814,10 @@ void OzObjDependency::commit_changes(OzObjDepSimplifyContext& context, ObjectNod
   clean_up_absorptions(touched_targets);
 
   // A split with a single product is no split.
-  for (OzObjDepNode* source : context.old_link_sources)
-    if (count_type(source->target_links, SPLIT) == 1)
+  for (OzObjDepNode* source : set_of(context.old_link_sources))
+    if (has_exactly_one(source->target_links, SPLIT))
       retype_targets(source, SPLIT, context.split_modificational ? MODIFICATION : CREATION);
-  context.old_link_sources.resize(0, true);
-  context.old_links.resize(0, true);
+  context.forget_old_links();
 
   for (OzObjDepNode* node : context.removed_nodes)
   {

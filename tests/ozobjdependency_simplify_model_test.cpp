@@ -25,6 +25,7 @@ struct Shape
   bool may_have_cycles; // else an object only becomes objects with a higher number
   int reach;            // how far those numbers are apart at most
   std::vector<Type> types;
+  int n_hubs = 0; // every other source is one of so many objects
 };
 
 std::vector<Type> const ALL_TYPES = {
@@ -95,7 +96,7 @@ private:
   }
 
   OzDynObj const* object(int i) { return i == 0 ? nullptr : &things[static_cast<std::size_t>(i)]; }
-  int source() { return number(1, shape.n_objects); }
+  int source() { return number(1, shape.n_hubs != 0 && chance(2) ? shape.n_hubs : shape.n_objects); }
   int target_of(int of)
   {
     if (shape.may_have_cycles)
@@ -221,6 +222,9 @@ Shape const SHAPES[] = {
     {"from nothing and to nothing", 12, 30, false, 5, {CREATION, DELETION, ABSORPTION}},
     {"large", 60, 70, false, 8, ALL_TYPES},
     {"large and deep", 60, 90, false, 3, ALL_TYPES},
+    {"wide", 60, 150, false, 59, {CREATION, ABSORPTION, MODIFICATION, SPLIT, DELETION}},
+    {"hubs", 40, 90, false, 39, {CREATION, ABSORPTION, SPLIT, DELETION}, 3},
+    {"hubs in a row", 30, 120, false, 12, {CREATION, ABSORPTION}, 6},
     {"cycles", 8, 12, true, 0, ALL_TYPES},
     {"many cycles", 12, 40, true, 0, {CREATION, SPLIT, ABSORPTION, MODIFICATION}},
 };
@@ -239,7 +243,8 @@ std::string name_of_shape(testing::TestParamInfo<Shape> const& tested)
 
 TEST_P(SimplificationModel, DoesWhatTheGraphDoes)
 {
-  for (unsigned seed = 1; seed <= 700; ++seed)
+  unsigned const n_histories = std::min(1000u, 20000u / static_cast<unsigned>(GetParam().n_calls));
+  for (unsigned seed = 1; seed <= n_histories; ++seed)
   {
     History history(GetParam(), seed);
     std::string const difference = history.simplify_and_compare();
@@ -253,7 +258,7 @@ TEST(SimplificationModelItself, WritesEachLineThatAnUndamagedGraphCanWrite)
   std::map<std::string, int> lines;
   int n_reports = 0;
   for (Shape const& shape : SHAPES)
-    for (unsigned seed = 1; seed <= 100; ++seed)
+    for (unsigned seed = 1; seed <= 25; ++seed)
     {
       History history(shape, seed);
       history.simplify_and_compare();
@@ -269,7 +274,7 @@ TEST(SimplificationModelItself, WritesEachLineThatAnUndamagedGraphCanWrite)
         "            remember triple to skip with n2a ",
         "            remember triple to skip via not yet created link with n2a "})
     EXPECT_GE(lines[line], 20) << line;
-  EXPECT_GE(n_reports, 1000);
+  EXPECT_GE(n_reports, 500);
   EXPECT_EQ(lines.count("   _ASSERTION_: removal of n2 produced new n2s to remove!!!"), 0u);
 }
 
