@@ -50,7 +50,7 @@ OzString::OzString(int value, int width, char pad)
 
 OzString::OzString(OzString const& other)
   : chars(other.chars.begin(), other.chars.size(),
-          oz_grown_capacity(0, std::max(other.chars.size(), EMPTY_SIZE)))
+          oz_grown_capacity(0, other.chars.size() + (is_terminated(other.chars) ? 0 : 1)))
 {
   if (chars.size() == 0)
     chars.resize(EMPTY_SIZE, true);
@@ -77,12 +77,15 @@ OzString& OzString::operator=(OzString const& other)
   return *this;
 }
 
+// A string that was cut has a 0 behind its array, and so has what it is assigned to: both can be read.
 void OzString::copy_unterminated(OzString const& other)
 {
   std::uint64_t const text = text_length(other.chars);
   std::memcpy(chars.begin(), other.chars.begin(), text);
-  if (text < chars.size())
-    chars.begin()[text] = '\0';
+  if (text == chars.size())
+    chars.resize(text + 1, true);
+  chars.begin()[text] = '\0';
+  chars.resize(other.chars.size(), true);
 }
 
 OzString& OzString::operator=(char const* text)

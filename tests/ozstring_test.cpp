@@ -197,7 +197,8 @@ TEST(OzString, CopyOfAStringWithoutATerminatorStaysWithinItsBuffer)
   Probe const copy(original);
 
   EXPECT_EQ(copy.size(), 4u);
-  EXPECT_EQ(copy.bytes(), "abcd");
+  EXPECT_EQ(copy.bytes(), std::string("abcd\0\0\0\0", 8)) << "with a 0 behind, as in the original";
+  EXPECT_TRUE(copy == original);
 }
 
 TEST(OzString, CopyOfAStringOfSize0IsEmpty)
@@ -345,7 +346,8 @@ TEST(OzString, AssignmentOfAStringWithoutATerminatorStaysWithinTheBuffer)
   text = source;
 
   EXPECT_EQ(text.size(), 4u);
-  EXPECT_EQ(text.bytes(), "abcd");
+  EXPECT_EQ(text.bytes(), std::string("abcd\0\0\0\0", 8)) << "with a 0 behind, as in the source";
+  EXPECT_TRUE(text == source);
 }
 
 TEST(OzString, AssigningNullKeepsTheText)
