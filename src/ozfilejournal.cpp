@@ -89,15 +89,15 @@ void OzFileJournal::append_to_journal(OzString const& text)
 
   if (text.null() && buffer_end_stands())
     return;
-  if (text.length() == 0) // one of the two may be without a terminator
+  if (text.length() == 0 || !buffer_end_stands()) // either may be without a terminator, or of size 0
   {
+    bool const terminated = text.length() != 0;
     buffer_.append(text);
+    buffer_end = terminated ? std::strlen(buffer_.as_const_c_string()) : UNKNOWN;
     return;
   }
 
   // What buffer_.append(text) does, without its search for the end of the text.
-  if (!buffer_end_stands())
-    buffer_end = std::strlen(buffer_.as_const_c_string());
   std::uint64_t const added = strnlen(text.as_const_c_string(), text.length() + 1);
   std::uint64_t const size = std::max(buffer_.length() + text.length(), buffer_end + added) + 1;
   buffer_.resize(size, true);

@@ -186,6 +186,28 @@ TEST(OzFileJournal, StaysWithinItsBufferWhenThatIsChangedThroughAnOldReference)
   EXPECT_STREQ(journal.text(), "much longer than before!?");
 }
 
+TEST(OzFileJournal, CollectsBehindATextWithoutATerminator)
+{
+  Journal full;
+  full.buffer() = "abc";
+  full.buffer()[3] = 'd'; // fills the buffer of four characters to the end
+  Journal cut;
+  cut.buffer() = "abcdefg";
+  cut.buffer().resize(4, true);
+  Journal without_size;
+  without_size.buffer().resize(0, true);
+  ReportRecorder recorder;
+
+  for (Journal* journal : {&full, &cut, &without_size})
+    *journal << "x"
+             << "yz";
+
+  EXPECT_THAT(recorder.units(), IsEmpty());
+  EXPECT_STREQ(full.text(), "abcdxyz");
+  EXPECT_STREQ(cut.text(), "abcdxyz");
+  EXPECT_STREQ(without_size.text(), "xyz");
+}
+
 TEST(OzFileJournal, CollectsWithoutSearchingForTheEnd)
 {
   // A search for the end of the text at each of these steps would read 400 GB.
