@@ -93,6 +93,37 @@ TEST(OzMutexId, IdsAreConsecutiveAcrossThreads)
   EXPECT_EQ(OzMutexId::MUTEX_ID_, last + 3);
 }
 
+TEST(OzMutexId, IdsAreDrawnUnderTheGlobalLock)
+{
+  constexpr std::uint64_t STEPS = 100;
+  std::uint64_t const last = OzMutexId::MUTEX_ID_;
+  std::atomic<bool> counting = false;
+  std::atomic<bool> stop = false;
+  std::uint64_t drawn = 0;
+  std::thread drawing(
+      [&]
+      {
+        while (!counting)
+          std::this_thread::yield();
+        for (; !stop; ++drawn)
+          OzMutexId();
+      });
+
+  // Each step is split in two with a turn for the other thread in between, which must not draw then.
+  counting = true;
+  for (std::uint64_t i = 0; i < STEPS; ++i)
+  {
+    OzCriticalDkbRegion const region;
+    std::uint64_t const seen = OzMutexId::MUTEX_ID_;
+    std::this_thread::yield();
+    OzMutexId::MUTEX_ID_ = seen + 1;
+  }
+  stop = true;
+  drawing.join();
+
+  EXPECT_EQ(OzMutexId::MUTEX_ID_, last + STEPS + drawn);
+}
+
 TEST(OzMutexId, CopiesAndAssignedIdsBearTheSameNumber)
 {
   OzMutexId const source;
