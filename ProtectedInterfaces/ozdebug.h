@@ -22,8 +22,7 @@ OZ_EXPORT double Oz_BogusDouble();
 /// How many blanks a dump is indented for each level (3).
 OZ_EXPORT int Oz_DebugIndentStep();
 
-/// The magnitude below which a length counts as zero (1e-20). Exported under exactly this plain name, for
-/// clients in other languages.
+/// 1e-20. Exported without name decoration, under exactly this name.
 extern "C" OZ_EXPORT double oztfp0_();
 
 #endif

@@ -42,7 +42,7 @@ public:
   OzRaceConditionProtection& operator=(OzRaceConditionProtection const&);
   OzRaceConditionProtection& operator=(OzRaceConditionProtection&&);
 
-  /// Takes the lock whatever the mode is: a mode that turned locking off would be a trap.
+  /// Takes the lock whatever the mode is.
   void Lock();
   void Unlock();
 

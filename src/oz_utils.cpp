@@ -24,7 +24,7 @@ OzString oz_tolower(OzString const& s)
 
 void oz_tolower(OzString& s)
 {
-  // Bytes above ASCII go in as negative numbers, which tolower leaves alone.
+  // Bytes above ASCII go in as negative numbers.
   for (char* c = s.as_c_string(); *c != '\0'; ++c)
     *c = static_cast<char>(std::tolower(static_cast<signed char>(*c)));
 }

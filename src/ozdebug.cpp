@@ -2,7 +2,7 @@
 
 namespace
 {
-// Variables that are read at each call, although nothing in the library writes them: a debugger may.
+// Variables that are read at each call, although nothing in the library writes them.
 volatile int bogus_int = 42424242;
 volatile double bogus_double = 42424242242.42424;
 } // namespace
