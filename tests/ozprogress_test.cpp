@@ -162,6 +162,21 @@ TEST(OzProgressHandler, LeavesTheEndOfANarrowRangeToFinish)
   EXPECT_EQ(display.shown, (Percentages{5, 6}));
 }
 
+TEST(OzProgressHandler, LeavesTheEndOfARangeThatWasNarrowedMeanwhileToFinish)
+{
+  Display display;
+  display.initialize(99);
+  display.set_range(0, 50);
+
+  display.update_progress(49);
+  display.update_progress(1);
+  display.update_progress(1);
+
+  EXPECT_EQ(display.shown, (Percentages{0, 49}));
+  display.finish();
+  EXPECT_EQ(display.shown, (Percentages{0, 49, 50}));
+}
+
 TEST(OzProgressHandler, RaisesARangeToWhatWasShown)
 {
   Display display;

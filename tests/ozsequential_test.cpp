@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <ctime>
 #include <memory>
 #include <string>
 #include <thread>
@@ -206,6 +207,24 @@ TEST(OzSequentialJob, AnswersANullServiceNull)
   OzTaskService* none = nullptr;
 
   EXPECT_EQ(job->SetService(none, 0), nullptr);
+}
+
+TEST(OzSequentialJob, MeasuresFromItsFirstTaskToTheEndOfWait)
+{
+  std::unique_ptr<OzJob> const job = sequential_job();
+  OzTask* none = nullptr;
+  job->AddTask(none);
+
+  std::clock_t const begin = std::clock();
+  while (std::clock() - begin < 2000)
+    continue;
+  job->Wait();
+
+  double const elapsed = statistics(*job).ElapsedTime();
+  EXPECT_GE(elapsed, 2.0) << "a unit is a thousand ticks";
+  job->AddTask(none);
+  job->Wait();
+  EXPECT_LT(statistics(*job).ElapsedTime(), elapsed) << "from the first task of the new pass";
 }
 
 TEST(OzSequentialJob, TellsItsNameAndFixedFigures)

@@ -27,6 +27,7 @@ struct Log
   Numbers processed;
   int started = 0;
   int stopped = 0;
+  std::size_t processed_before_stop = 0;
   int deleted = 0;
   int failing = -1;                     // the request that fails
   bool active = true;                   // what IsActive answers
@@ -54,7 +55,11 @@ public:
     return number != log.failing;
   }
   void Start() override { ++log.started; }
-  void Stop() override { ++log.stopped; }
+  void Stop() override
+  {
+    ++log.stopped;
+    log.processed_before_stop = log.processed.size();
+  }
   bool IsActive() override { return log.active; }
 
 private:
@@ -395,6 +400,7 @@ TEST(OzTaskServer, DrainsItsQueueOnStopAndThenStopsItsService)
 
   EXPECT_EQ(log.processed, (Numbers{1, 2}));
   EXPECT_EQ(log.stopped, 1);
+  EXPECT_EQ(log.processed_before_stop, 2u);
 }
 
 TEST(OzTaskServer, OwnsItsService)

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <ctime>
 #include <future>
 #include <string>
 #include <thread>
@@ -567,6 +568,97 @@ TEST_F(OzTSJobTest, LetsAWorkerMoveToAnotherJob)
   EXPECT_EQ(counts.run, 3);
 }
 
+TEST_F(OzTSJobTest, MeasuresFromItsFirstTaskToTheEndOfWait)
+{
+  std::unique_ptr<OzTSJob> const job = make_job(1);
+  OzTask* none = nullptr;
+  job->AddTask(none);
+
+  std::clock_t const begin = std::clock();
+  while (std::clock() - begin < 2000)
+    continue;
+  job->Wait();
+
+  double const elapsed = job->ElapsedTime();
+  EXPECT_GE(elapsed, 2.0) << "a unit is a thousand ticks";
+  job->AddTask(none);
+  job->Wait();
+  EXPECT_LT(job->ElapsedTime(), elapsed) << "from the first task of the new pass";
+}
+
+TEST_F(OzTSJobTest, GetsNoWorkerOfAnotherJobBeyondItsLimit)
+{
+  std::unique_ptr<OzTSJob> const full = make_job(1);
+  std::unique_ptr<OzTSJob> const other = make_job(1);
+  TaskCounts full_counts;
+  Gate gate;
+  add_task(*full, full_counts,
+           [&](OzTaskService*)
+           {
+             gate.pass();
+             return true;
+           });
+  add_task(*full, full_counts, &succeed);
+  gate.await(1);
+
+  add_task(*other, counts, &succeed);
+  EXPECT_EQ(other->Wait(), OzJob::JobDone); // its worker has looked for more and left
+
+  EXPECT_EQ(full_counts.run, 1);
+  gate.open();
+  EXPECT_EQ(full->Wait(), OzJob::JobDone);
+  EXPECT_EQ(full_counts.run, 2);
+  EXPECT_EQ(full->PeakConcurrency(), 1u);
+}
+
+TEST_F(OzTSJobTest, ServesLowerPlacesFirstWhenAWorkerMoves)
+{
+  // All workers are taken, so that tasks of two more jobs wait for one that ends.
+  std::unique_ptr<OzTSJob> const holding = make_job(64);
+  std::unique_ptr<OzTSJob> const first = make_job(1);
+  std::unique_ptr<OzTSJob> const second = make_job(1);
+  TaskCounts holding_counts;
+  Gate one;
+  Gate others;
+  for (int i = 0; i < 64; ++i)
+    add_task(*holding, holding_counts,
+             [&, i](OzTaskService*)
+             {
+               (i == 0 ? one : others).pass();
+               return true;
+             });
+  std::string order;
+  Gate done;
+  auto const note = [&](char name)
+  {
+    return [&, name](OzTaskService*)
+    {
+      order += name;
+      return true;
+    };
+  };
+  add_task(*second, counts, note('c'));
+  add_task(*first, counts, note('a'));
+  add_task(*first, counts, note('b'));
+  add_task(*second, counts,
+           [&](OzTaskService*)
+           {
+             order += 'd';
+             done.pass();
+             return true;
+           });
+
+  one.open();
+  done.await(1);
+
+  EXPECT_EQ(order, "abcd");
+  done.open();
+  others.open();
+  EXPECT_EQ(first->Wait(), OzJob::JobDone);
+  EXPECT_EQ(second->Wait(), OzJob::JobDone);
+  EXPECT_EQ(holding->Wait(), OzJob::JobDone);
+}
+
 TEST_F(OzTSJobTest, HandsItsTasksNoServiceWhenItHasNone)
 {
   std::unique_ptr<OzTSJob> const job = make_job(1);
@@ -616,7 +708,7 @@ TEST_F(OzTSJobTest, KeepsATaskAtTheFrontWhenThePlatformHasNoThread)
   SKIP_UNLESS_THREADS_CAN_BE_REFUSED();
   std::unique_ptr<OzTSJob> const job = make_job(1);
   std::string order;
-  threads_to_refuse = 1;
+  threads_to_refuse = 2; // for the first task each time
 
   EXPECT_TRUE(add_task(*job, counts,
                        [&](OzTaskService*)
@@ -624,7 +716,7 @@ TEST_F(OzTSJobTest, KeepsATaskAtTheFrontWhenThePlatformHasNoThread)
                          order += std::to_string(OzTaskProcessor::TaskProcessor()->Id());
                          return true;
                        }));
-  EXPECT_EQ(threads_to_refuse, 0);
+  EXPECT_EQ(threads_to_refuse, 1);
   EXPECT_TRUE(add_task(*job, counts,
                        [&](OzTaskService*)
                        {
