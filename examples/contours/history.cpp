@@ -2,9 +2,11 @@
 
 #include <ozarray.h>
 #include <oziterator.h>
+#include <ozjournal.h>
 
 #include <algorithm>
 #include <map>
+#include <unordered_set>
 
 namespace contours
 {
@@ -14,11 +16,6 @@ namespace
 
 using ObjectArray = OzArray<OzDynObj const*>;
 using ObjectIterator = OzIterator<OzDynObj const*>;
-
-std::unique_ptr<NamedObject> make_object(std::string const& name, std::size_t number)
-{
-  return std::make_unique<NamedObject>(OzString(name.c_str()), number);
-}
 
 /// The numbers of the delivered objects, in order. The graph delivers an object once for each way that leads to it:
 /// a polyline once for each of its edges.
@@ -32,6 +29,45 @@ std::vector<std::size_t> numbers_of(ObjectIterator& objects)
   numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
   return numbers;
 }
+
+/// The most looks at a source of a contour that simplification may take without being asked for.
+constexpr std::size_t MOST_LOOKS = 4000 * std::size_t(4000);
+
+/// A name that can stand between quotes in a text for Graphviz.
+std::string drawable(std::string name)
+{
+  std::replace(name.begin(), name.end(), '"', '\'');
+  std::replace(name.begin(), name.end(), '\\', '/');
+  return name;
+}
+
+std::unique_ptr<NamedObject> make_object(std::string const& name, std::size_t number)
+{
+  return std::make_unique<NamedObject>(OzString(drawable(name).c_str()), number);
+}
+
+/// Keeps what the library writes.
+class TextJournal : public OzJournal
+{
+public:
+  void flush() override {}
+
+  std::string text;
+
+private:
+  void append_to_journal(OzString const& piece) override { text += piece.as_const_c_string(); }
+};
+
+/// Lets only certain objects into a dump.
+class Chosen : public OzObjectDependencyNodeFilter
+{
+public:
+  void add(OzDynObj const* object) { objects.insert(object); }
+  bool accept(OzDynObj const* object) const override { return objects.count(object) > 0; }
+
+private:
+  std::unordered_set<OzDynObj const*> objects;
+};
 
 /// Whether a double runs as its original does.
 bool same_direction(Curve const& a, Curve const& b)
@@ -62,28 +98,75 @@ std::map<std::size_t, bool> directions(Outcome const& outcome, Contour const& co
 
 } // namespace
 
-History::History(Drawing const& drawing, Outcome const& outcome)
-  : entities(drawing.entities.size())
+History::History(Drawing const& drawing, Outcome const& found)
+  : outcome(found)
+  , entities(drawing.entities.size())
 {
+  // The steps are groups of their own, which a picture shows by colour.
+  graph.new_separator();
   std::vector<std::size_t> entity_edges;
   for (std::size_t i = 0; i < outcome.edges.size(); ++i)
   {
     std::size_t const entity = outcome.edges[i].entity;
     std::string const name = drawing.entities[entity].name();
     if (!entities[entity])
-      entities[entity] = make_object(name, entity);
-    edges.push_back(make_object(name + "/" + std::to_string(entity_edges.size() + 1), i));
+      entities[entity] = make_object(drawing.entities[entity].type + " " + name, entity);
+    edges.push_back(make_object("edge " + name + "/" + std::to_string(entity_edges.size() + 1), i));
     entity_edges.push_back(i);
     if (i + 1 < outcome.edges.size() && outcome.edges[i + 1].entity == entity)
       continue;
     record_entity(entity, entity_edges);
     entity_edges.clear();
   }
+  graph.new_separator();
   for (std::size_t i = 0; i < outcome.contours.size(); ++i)
   {
-    contours.push_back(make_object("contour " + std::to_string(i + 1), i));
-    record_contour(outcome.contours[i], i);
+    Contour const& contour = outcome.contours[i];
+    contours.push_back(make_object("contour " + std::to_string(i + 1) + " on " + contour.layer, i));
+    record_contour(contour, i);
   }
+}
+
+void History::simplify()
+{
+  graph.simplify_it();
+}
+
+bool History::is_soon_simplified() const
+{
+  std::size_t looks = 0;
+  for (Contour const& contour : outcome.contours)
+  {
+    std::size_t const sources = contour.links.size() + contour.doubles.size();
+    looks += sources * sources;
+  }
+  return looks <= MOST_LOOKS;
+}
+
+std::string History::picture(std::set<std::size_t> const& only_contours)
+{
+  Chosen chosen;
+  for (std::size_t const number : only_contours)
+  {
+    Contour const& contour = outcome.contours[number];
+    std::vector<std::size_t> absorbed = contour.doubles;
+    for (Link const link : contour.links)
+      absorbed.push_back(link.edge);
+    for (std::size_t const edge : absorbed)
+    {
+      chosen.add(edges[edge].get());
+      chosen.add(entities[outcome.edges[edge].entity].get());
+    }
+    chosen.add(contours[number].get());
+  }
+
+  TextJournal journal;
+  graph.set_dotty_output_format(true);
+  if (!only_contours.empty())
+    graph.add_debug_node_filter(OzObjectDependency::NODE_FILTER_SELF, &chosen);
+  graph.debug(journal, OZ_DEBUG_DETAIL, false, 0);
+  graph.remove_debug_node_filters();
+  return journal.text;
 }
 
 void History::record_entity(std::size_t entity, std::vector<std::size_t> const& entity_edges)

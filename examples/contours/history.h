@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -18,11 +19,23 @@ namespace contours
 /// How entities became edges and edges became contours, recorded in a dependency graph.
 ///
 /// An entity is converted to its edge, or contains its edges. A contour absorbs its edges, and the doubles that lie on
-/// them. From this the graph answers which entities are behind a contour, and where an entity went.
+/// them. From this the graph answers which entities are behind a contour, and where an entity went. Simplified, it has
+/// the entities and the contours alone: each entity is absorbed by the contours that it went into.
 class History
 {
 public:
+  /// Both stay the caller's and must outlive the history.
   History(Drawing const& drawing, Outcome const& outcome);
+
+  /// Takes the edges out of the history. What it answers stays the same.
+  void simplify();
+  /// Simplification looks at all sources of a contour once for each of them. Whether that is a matter of a second.
+  bool is_soon_simplified() const;
+
+  /// A text from which Graphviz draws the history, or only that of some contours. Names in it have no quotes and no
+  /// backslashes. The objects stand in the order of their identities, which are drawn in the order of entities, edges
+  /// and contours: the same drawing gives the same text.
+  std::string picture(std::set<std::size_t> const& only_contours);
 
   /// The entities that `contour` comes from, in order, each once.
   std::vector<std::size_t> entities_of(std::size_t contour) const;
@@ -35,6 +48,7 @@ private:
   void record_entity(std::size_t entity, std::vector<std::size_t> const& entity_edges);
   void record_contour(Contour const& contour, std::size_t number);
 
+  Outcome const& outcome;
   // The graph knows the objects by their addresses.
   Objects entities; // null for entities without edges
   Objects edges;

@@ -6,10 +6,14 @@
 
 #include <CLI/CLI.hpp>
 
+#include <charconv>
 #include <cmath>
 #include <map>
 #include <ostream>
 #include <string>
+#include <system_error>
+#include <utility>
+#include <vector>
 
 namespace contours
 {
@@ -41,6 +45,9 @@ oz-contours [options] DRAWING.dxf        ("-" reads standard input)
       --strategy S       closest | grow | sequential | first-fit
                          [closest; grow for a cluster of more than 500 edges]
   -o, --svg FILE         contours as SVG, in millimetres; open ones red and dashed
+  -g, --history FILE     which entities went into which contours, for Graphviz (dot)
+      --history-raw FILE the same with the edges in between, as it was recorded
+      --history-of N     only contour N in both (repeatable)
       --why ENTITY       which contour took this entity (handle or #number), and from
                          what it came
   -f, --format F         table | csv | json on standard output  [table]
@@ -79,6 +86,15 @@ Value named(std::map<std::string, Value> const& values, std::string const& optio
   throw CLI::ValidationError(option, "'" + printable(name) + "' is none of " + names);
 }
 
+std::size_t contour_numbered(std::string const& text)
+{
+  std::size_t number = 0;
+  auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size() || number == 0)
+    throw CLI::ValidationError("--history-of", "'" + printable(text) + "' is not the number of a contour");
+  return number;
+}
+
 double unit_named(std::string const& name)
 {
   std::optional<double> const unit = unit_by_name(name);
@@ -99,6 +115,7 @@ std::optional<int> read_command_line(int argc, char const* const* argv, Options&
   std::string units;
   std::string strategy;
   std::string format;
+  std::vector<std::string> history_of;
   bool quiet = false;
   bool verbose = false;
   app.add_option("DRAWING.dxf", options.drawing)->required();
@@ -109,6 +126,9 @@ std::optional<int> read_command_line(int argc, char const* const* argv, Options&
   app.add_option("-x,--exclude", options.layers.exclude)->allow_extra_args(false);
   app.add_option("--strategy", strategy);
   app.add_option("-o,--svg", options.svg);
+  app.add_option("-g,--history", options.history);
+  app.add_option("--history-raw", options.raw_history);
+  app.add_option("--history-of", history_of)->allow_extra_args(false);
   app.add_option("--why", options.why);
   app.add_option("-f,--format", format);
   app.add_flag("--strict", options.strict);
@@ -125,8 +145,15 @@ std::optional<int> read_command_line(int argc, char const* const* argv, Options&
       options.strategy = named(STRATEGIES, "--strategy", strategy);
     if (app.count("--format") > 0)
       options.format = named(FORMATS, "--format", format);
-    if (app.count("--svg") > 0 && options.svg.empty())
-      throw CLI::ValidationError("--svg", "the file name is empty");
+    for (auto const& [option, name] :
+         {std::pair("--svg", &options.svg), std::pair("--history", &options.history),
+          std::pair("--history-raw", &options.raw_history)})
+      if (app.count(option) > 0 && name->empty())
+        throw CLI::ValidationError(option, "the file name is empty");
+    for (std::string const& number : history_of)
+      options.history_of.insert(contour_numbered(number));
+    if (!history_of.empty() && options.history.empty() && options.raw_history.empty())
+      throw CLI::ValidationError("--history-of", "there is no --history and no --history-raw");
     if (app.count("--why") > 0 && options.why.empty())
       throw CLI::ValidationError("--why", "the entity is empty");
   }

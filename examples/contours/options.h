@@ -5,8 +5,10 @@
 #include "layers.h"
 #include "messages.h"
 
+#include <cstddef>
 #include <iosfwd>
 #include <optional>
+#include <set>
 #include <string>
 
 namespace contours
@@ -27,8 +29,11 @@ struct Options
   std::optional<double> unit_mm; ///< in place of what the drawing says
   LayerChoice layers;
   std::optional<Strategy> strategy;
-  std::string svg; ///< a file name; empty for none
-  std::string why; ///< an entity; empty for none
+  std::string svg;                  ///< a file name; empty for none
+  std::string history;              ///< a file name; empty for none
+  std::string raw_history;          ///< a file name; empty for none
+  std::set<std::size_t> history_of; ///< numbers of contours, from 1; empty for all
+  std::string why;                  ///< an entity; empty for none
   Format format = Format::TABLE;
   bool strict = false;
   Verbosity verbosity = Verbosity::NORMAL;

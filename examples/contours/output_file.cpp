@@ -71,21 +71,30 @@ private:
   int number;
 };
 
+void write_directly(fs::path const& path, std::string const& text)
+{
+  Descriptor file(::open(path.c_str(), O_WRONLY));
+  file.write(text);
+  file.close();
+}
+
+} // namespace
+
 /// Deletes the file unless it was moved to its place.
-class TemporaryFile
+class NewFile::Beside
 {
 public:
-  explicit TemporaryFile(fs::path name)
+  explicit Beside(fs::path name)
     : path(std::move(name))
   {
   }
-  ~TemporaryFile()
+  ~Beside()
   {
     if (!moved)
       ::unlink(path.c_str());
   }
-  TemporaryFile(TemporaryFile const&) = delete;
-  TemporaryFile& operator=(TemporaryFile const&) = delete;
+  Beside(Beside const&) = delete;
+  Beside& operator=(Beside const&) = delete;
 
   void move_to(fs::path const& target)
   {
@@ -99,36 +108,43 @@ private:
   bool moved = false;
 };
 
-void write_directly(fs::path const& path, std::string const& text)
+NewFile::NewFile(std::string const& path, std::string const& text)
+  : target(path)
 {
-  Descriptor file(::open(path.c_str(), O_WRONLY));
+  std::error_code ignored;
+  if (fs::exists(target, ignored) && !fs::is_regular_file(target, ignored))
+  {
+    direct = text;
+    return;
+  }
+  if (fs::is_symlink(target, ignored))
+    target = fs::weakly_canonical(target, ignored).string();
+  if (target.empty())
+    fail(ENOENT);
+
+  fs::path const name = target + ".new-" + std::to_string(::getpid());
+  Descriptor file(::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL, 0666));
+  beside = std::make_unique<Beside>(name);
+  file.take_permissions_of(target);
   file.write(text);
   file.close();
 }
 
-} // namespace
+NewFile::NewFile(NewFile&&) noexcept = default;
+
+NewFile::~NewFile() = default;
+
+void NewFile::take_place()
+{
+  if (beside)
+    beside->move_to(target);
+  else
+    write_directly(target, direct);
+}
 
 void write_file(std::string const& path, std::string const& text)
 {
-  std::error_code ignored;
-  fs::path target = path;
-  if (fs::exists(target, ignored) && !fs::is_regular_file(target, ignored))
-  {
-    write_directly(target, text);
-    return;
-  }
-  if (fs::is_symlink(target, ignored))
-    target = fs::weakly_canonical(target, ignored);
-  if (target.empty())
-    fail(ENOENT);
-
-  fs::path const beside = target.string() + ".new-" + std::to_string(::getpid());
-  Descriptor file(::open(beside.c_str(), O_WRONLY | O_CREAT | O_EXCL, 0666));
-  TemporaryFile temporary(beside);
-  file.take_permissions_of(target);
-  file.write(text);
-  file.close();
-  temporary.move_to(target);
+  NewFile(path, text).take_place();
 }
 
 } // namespace contours

@@ -19,6 +19,9 @@
 #include <filesystem>
 #include <new>
 #include <ostream>
+#include <set>
+#include <utility>
+#include <vector>
 
 namespace contours
 {
@@ -62,10 +65,36 @@ int verdict(Outcome const& outcome, bool strict)
   return cut_as_drawn && (tidy || !strict) ? EXIT_ALL_CLOSED : EXIT_NOT_ALL_CLOSED;
 }
 
+/// Whether one would overwrite the other; a pipe or a terminal takes both.
 bool is_same_file(std::string const& a, std::string const& b)
 {
   std::error_code not_there;
-  return std::filesystem::equivalent(a, b, not_there) && !not_there;
+  if (std::filesystem::exists(a, not_there) && !std::filesystem::is_regular_file(a, not_there))
+    return false;
+  return a == b || std::filesystem::equivalent(a, b, not_there);
+}
+
+/// Whether no output would overwrite the drawing or another output.
+bool outputs_are_apart(Options const& options, Messages& messages)
+{
+  std::vector<std::pair<std::string, std::string>> taken;
+  if (options.drawing != "-")
+    taken.emplace_back("drawing", options.drawing);
+  for (auto const& [what, file] : {std::pair("SVG", options.svg), std::pair("history", options.history),
+                                   std::pair("raw history", options.raw_history)})
+  {
+    if (file.empty())
+      continue;
+    for (auto const& [other, path] : taken)
+    {
+      if (!is_same_file(file, path))
+        continue;
+      messages.error(0, "the " + std::string(what) + " file would overwrite the " + other);
+      return false;
+    }
+    taken.emplace_back(std::string(what) + " file", file);
+  }
+  return true;
 }
 
 /// Reads, joins and writes. What goes wrong is thrown.
@@ -91,7 +120,10 @@ public:
       return EXIT_USAGE;
 
     Outcome outcome = find_contours(drawing, options.layers, options.tolerance_mm, options.strategy);
-    History const history(drawing, outcome);
+    if (!has_asked_contours(outcome))
+      return EXIT_USAGE;
+    History history(drawing, outcome);
+    take_pictures(history);
     add_sources(outcome, history);
 
     Report const report = {options.drawing, unit, options.tolerance_mm, drawing, outcome};
@@ -118,21 +150,67 @@ private:
     return static_cast<std::size_t>(found - drawing.entities.begin());
   }
 
+  bool has_asked_contours(Outcome const& outcome)
+  {
+    for (std::size_t const number : options.history_of)
+    {
+      if (number <= outcome.contours.size())
+        continue;
+      messages.error(0, "there is no contour " + std::to_string(number) + ": " +
+                            counted(outcome.contours.size(), "contour was", "contours were") + " found");
+      return false;
+    }
+    return true;
+  }
+
+  /// Simplifies the history, and keeps the pictures of it that were asked for.
+  void take_pictures(History& history)
+  {
+    std::set<std::size_t> only;
+    for (std::size_t const number : options.history_of)
+      only.insert(number - 1);
+    if (!options.raw_history.empty())
+      files.emplace_back(options.raw_history, history.picture(only));
+    if (options.history.empty() && !history.is_soon_simplified())
+      return;
+    history.simplify();
+    if (!options.history.empty())
+      files.emplace_back(options.history, history.picture(only));
+  }
+
+  /// All of them or, unless the last step fails, none.
+  bool write_files()
+  {
+    std::string name;
+    try
+    {
+      std::vector<NewFile> written;
+      for (auto const& [path, text] : files)
+      {
+        name = path;
+        written.emplace_back(path, text);
+      }
+      for (std::size_t i = 0; i < files.size(); ++i)
+      {
+        name = files[i].first;
+        written[i].take_place();
+      }
+      return true;
+    }
+    catch (OutputError const& error)
+    {
+      messages.error(0, "cannot write " + printable(name) + ": " + error.what());
+      return false;
+    }
+  }
+
   bool write_results(Report const& report, std::string const& text)
   {
-    // The file first: where it fails, nothing was said that looks like success.
     if (!options.svg.empty())
-    {
-      try
-      {
-        write_file(options.svg, svg(report));
-      }
-      catch (OutputError const& error)
-      {
-        messages.error(0, "cannot write " + printable(options.svg) + ": " + error.what());
-        return false;
-      }
-    }
+      files.emplace_back(options.svg, svg(report));
+    // The files first: where one fails, nothing was said that looks like success.
+    if (!write_files())
+      return false;
     errno = 0;
     if (out << text << std::flush)
       return true;
@@ -145,6 +223,7 @@ private:
   std::istream& in;
   std::ostream& out;
   Messages& messages;
+  std::vector<std::pair<std::string, std::string>> files; // to be written: names and texts
 };
 
 } // namespace
@@ -157,11 +236,8 @@ int run(int argc, char const* const* argv, std::istream& in, std::ostream& out, 
     return *code;
 
   Messages messages(err, options.drawing == "-" ? "<stdin>" : printable(options.drawing), options.verbosity);
-  if (!options.svg.empty() && is_same_file(options.svg, options.drawing))
-  {
-    messages.error(0, "the SVG file would overwrite the drawing");
+  if (!outputs_are_apart(options, messages))
     return EXIT_USAGE;
-  }
   try
   {
     return Run(options, in, out, messages).execute();

@@ -267,7 +267,8 @@ TEST(Program, HelpAndVersionGoToStandardOutput)
   EXPECT_EQ(help.err, "");
   for (char const* const word :
        {"--tolerance MM", "--units U", "--layer NAME", "--exclude NAME", "--strategy S", "--svg FILE",
-        "--why ENTITY", "--format F", "--strict", "--quiet", "--verbose", "--help", "--version"})
+        "--why ENTITY", "--history FILE", "--history-raw FILE", "--history-of N", "--format F", "--strict",
+        "--quiet", "--verbose", "--help", "--version"})
     EXPECT_NE(help.out.find(word), std::string::npos) << word;
 
   ProgramRun const version = run_program({"--version"});
