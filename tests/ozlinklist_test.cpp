@@ -528,7 +528,7 @@ TEST(OzLinkList, SpliceSequenceDeletesARunWhereNobodyWantsIt)
 
 TEST(OzLinkList, SpliceSequencePastTheEndAppends)
 {
-  for (std::uint64_t const index : {3, 4, 7})
+  for (std::uint64_t const index : {3u, 4u, 7u})
   {
     Chain chain({1, 2, 3});
     Chain insert({4, 5});

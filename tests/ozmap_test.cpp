@@ -559,7 +559,7 @@ class OzMapOfNumbers : public testing::Test
 };
 
 typedef testing::Types<bool, signed char, unsigned char, short, unsigned, long, unsigned long, float> Numbers;
-TYPED_TEST_SUITE(OzMapOfNumbers, Numbers);
+TYPED_TEST_SUITE(OzMapOfNumbers, Numbers, );
 
 TYPED_TEST(OzMapOfNumbers, AreOrderedByTheirTypeFromTheLeastToTheGreatest)
 {
@@ -903,7 +903,7 @@ char const* OzMapWalk<char const*>::make_key(unsigned long number)
 }
 
 typedef testing::Types<int, double, char const*> WalkedKeys;
-TYPED_TEST_SUITE(OzMapWalk, WalkedKeys);
+TYPED_TEST_SUITE(OzMapWalk, WalkedKeys, );
 
 // 24,000 steps over 48 keys: entries, further entries of the same key, removals, searches and copies.
 TYPED_TEST(OzMapWalk, AgreesWithThePlainestMapNodeByNode)
