@@ -117,7 +117,9 @@ void OzAddressSetBase::Position::enter_next_leaf()
   ++next_branch;
 }
 
+// The empty set is complete before anything is copied, and so is destroyed if memory runs out halfway.
 OzAddressSetBase::OzAddressSetBase(OzAddressSetBase const& other)
+  : OzAddressSetBase()
 {
   // Ascending addresses fill each leaf before the next one is begun, so this is as good as a copy in bulk.
   if (!other.empty())
