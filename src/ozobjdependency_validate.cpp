@@ -295,14 +295,16 @@ void OzObjDependency::report_error(bool& valid, int code, OzJournal* journal, bo
   if (!dotty)
   {
     *journal << "error " << code << ": " << message(code) << ozEndExpr;
-    for (OzObjDepNode const* node : {n1, n2})
+    auto const tell = [journal](char const* heading, OzObjDepNode const* node)
     {
       if (node == nullptr)
-        continue;
-      *journal << (node == n1 ? "n1 node object id : " : "n2 node object id : ") << id_of(*node) << ozEndExpr;
+        return;
+      *journal << heading << id_of(*node) << ozEndExpr;
       debug_node(node, *journal, OZ_DEBUG_SUMMARY, Oz_DebugIndentStep(), false, NodeFilterTypes(),
                  NodeFilters(), nullptr);
-    }
+    };
+    tell("n1 node object id : ", n1);
+    tell("n2 node object id : ", n2);
     return;
   }
 

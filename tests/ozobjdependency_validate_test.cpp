@@ -478,6 +478,30 @@ TEST(OzObjDependencyValidate, DumpsBothNodesOfAFaultInPlainFormat)
             "      source links                  : 1\n");
 }
 
+TEST(OzObjDependencyValidate, DumpsANodeThatIsLinkedToItselfUnderBothHeadings)
+{
+  Fixture f;
+  f.record(&f.a, &f.b, CREATION);
+  f.record(&f.b, &f.b, CREATION);
+  f.backward(&f.b, &f.b)->node = f.node(&f.a);
+  f.repair = [&f] { f.backward(&f.b, &f.b)->node = f.node(&f.b); };
+  TextJournal journal;
+
+  f.graph.is_valid(&journal);
+
+  std::string const text = journal.text();
+  std::string const node = "\n"
+                           "   node object id: 13\n"
+                           "   OzObjDepNode\n"
+                           "      object name                   : OzDynObj\n"
+                           "      target links                  : 1\n"
+                           "      source links                  : 2\n";
+  EXPECT_EQ(text.substr(0, text.find("error 8")),
+            "error 10: link from target n2 to source n1 has wrong node\n"
+            "n1 node object id : 13\n" +
+                node + "n2 node object id : 13\n" + node);
+}
+
 TEST(OzObjDependencyValidate, DumpsTheOneNodeOfAFaultInPlainFormat)
 {
   Fixture f;
