@@ -3,6 +3,8 @@
 #include "ozassert.h"
 #include "ozobjdependency_p.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -64,6 +66,24 @@ std::unique_ptr<OzObjDepLink> make_link(OzObjDepShelf& shelf, OzObjectDependency
   }
   return link;
 }
+/// Stands for a role of which as many clones as are needed were made at once, and hands these out.
+class ReadyClones : public OzObjectDependencyRole
+{
+public:
+  ReadyClones(OzObjectDependencyRole const& role, std::size_t n)
+    : OzObjectDependencyRole(role) // no identity is drawn for it
+  {
+    clones.reserve(n);
+    while (clones.size() < n)
+      clones.emplace_back(role.clone());
+  }
+
+  OzDynObj* clone() const override { return clones[next++].release(); }
+
+private:
+  mutable std::vector<std::unique_ptr<OzDynObj>> clones;
+  mutable std::size_t next = 0;
+};
 } // namespace
 
 OzObjDependency::OzObjDependency()
@@ -106,7 +126,9 @@ bool OzObjDependency::record_dependency(OzDynObj const* source, OzDynObj const* 
 bool OzObjDependency::record_dependency(Objects* sources, Objects* targets, Type type,
                                         int const* target_qualifier, OzObjectDependencyRole const* role)
 {
-  if (!check_dependency(count(sources), count(targets), type))
+  int const source_count = count(sources);
+  int const target_count = count(targets);
+  if (!check_dependency(source_count, target_count, type))
     return false;
   if (type == TRANSFER)
     return true;
@@ -122,7 +144,18 @@ bool OzObjDependency::record_dependency(Objects* sources, Objects* targets, Type
       have_direct_sources_same_target_qualifier(sources, inherited))
     target_qualifier = &inherited;
 
-  check_or_add_dependency(false, sources, targets, type, target_qualifier, role, nullptr);
+  if (role == nullptr)
+  {
+    check_or_add_dependency(false, sources, targets, type, target_qualifier, nullptr, nullptr);
+    return true;
+  }
+
+  // All clones come first: a role that cannot be cloned leaves the graph as it was. Each pair has two records,
+  // and a side without objects stands for the null object.
+  std::size_t const pairs = static_cast<std::size_t>(std::max(source_count, 1)) *
+                            static_cast<std::size_t>(std::max(target_count, 1));
+  ReadyClones const clones(*role, 2 * pairs);
+  check_or_add_dependency(false, sources, targets, type, target_qualifier, &clones, nullptr);
   return true;
 }
 

@@ -127,9 +127,10 @@ protected:
   {
     return graph.record_dependency(source, target, type, &qualifier, nullptr);
   }
-  bool record_sets(ThingList&& sources, ThingList&& targets, Dep::Type type)
+  bool record_sets(ThingList&& sources, ThingList&& targets, Dep::Type type,
+                   OzObjectDependencyRole const* role = nullptr)
   {
-    return graph.record_dependency(&sources, &targets, type, nullptr, nullptr);
+    return graph.record_dependency(&sources, &targets, type, nullptr, role);
   }
   void expect_empty()
   {
@@ -628,6 +629,47 @@ TEST_F(Graph, StaysAsItWasWhenARoleCannotBeCloned)
   EXPECT_THROW(graph.record_dependency(&a, &b, Dep::MODIFICATION, nullptr, &role), std::runtime_error);
 
   expect_empty();
+}
+
+/// Cannot be cloned more often than it was told.
+class SparseRole : public OzObjectDependencyRole
+{
+public:
+  explicit SparseRole(int clones_to_allow)
+    : clones_left(clones_to_allow)
+  {
+  }
+  OzDynObj* clone() const override
+  {
+    if (clones_left == 0)
+      throw std::runtime_error("no clone");
+    --clones_left;
+    return new OzArtificialObjectDependency;
+  }
+
+private:
+  mutable int clones_left;
+};
+
+TEST_F(Graph, StaysAsItWasWhenARoleCannotBeClonedForAllOfASet)
+{
+  SparseRole const too_few(3), enough(4);
+
+  EXPECT_THROW(record_sets({&a}, {&b, &c}, Dep::SPLIT, &too_few), std::runtime_error);
+  expect_empty();
+
+  EXPECT_TRUE(record_sets({&a}, {&b, &c}, Dep::SPLIT, &enough));
+  EXPECT_EQ(Probe::link_count(graph), 2u);
+}
+
+TEST_F(Graph, DrawsNoIdentityButForClonesOfARole)
+{
+  int const before = OzArtificialObjectDependency().identity();
+  SparseRole const role(2); // this draws one too
+
+  EXPECT_TRUE(record_sets({&a}, {}, Dep::DELETION, &role));
+
+  EXPECT_EQ(OzArtificialObjectDependency().identity(), before + 4);
 }
 
 // Recording sets.
