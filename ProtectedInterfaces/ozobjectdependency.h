@@ -119,7 +119,7 @@ public:
     NODE_FILTER_SELF = 0,                ///< the node's own object
     NODE_FILTER_SOURCES = 1,             ///< the roots it comes from: one must pass
     NODE_FILTER_TARGETS = 2,             ///< the leaves it leads to: one must pass
-    NODE_FILTER_SOURCES_AND_TARGETS = 3, ///< one of either must pass
+    NODE_FILTER_SOURCES_AND_TARGETS = 3, ///< one of each must pass
   };
 
   OzObjectDependency();
