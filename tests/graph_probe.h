@@ -170,6 +170,10 @@ public:
   {
     return graph.debug_node_filter_types;
   }
+  static OzArray<OzObjectDependencyNodeFilter const*>& filters(OzObjDependency& graph)
+  {
+    return graph.debug_node_filters;
+  }
 
 private:
   static std::set<OzDynObj const*> objects_of(OzAddressSet<OzObjDepNode*> const& some_nodes)

@@ -659,6 +659,34 @@ TEST(OzObjDependencyDebug, WantsAllNodeFiltersToPass)
   h.graph.remove_debug_node_filters();
 }
 
+/// Tells how much an array has allocated.
+struct FilterTypesCapacity : OzArray<OzObjectDependency::DebugNodeFilterType>
+{
+  static std::uint64_t of(OzArray<OzObjectDependency::DebugNodeFilterType> const& array)
+  {
+    return array.*(&FilterTypesCapacity::capacity);
+  }
+};
+struct FiltersCapacity : OzArray<OzObjectDependencyNodeFilter const*>
+{
+  static std::uint64_t of(OzArray<OzObjectDependencyNodeFilter const*> const& array)
+  {
+    return array.*(&FiltersCapacity::capacity);
+  }
+};
+
+TEST(OzObjDependencyDebug, KeepsNoMemoryForNodeFiltersThatWereRemoved)
+{
+  OzObjDependency graph;
+  NodeFilter const all([](OzDynObj const*) { return true; });
+  graph.add_debug_node_filter(OzObjectDependency::NODE_FILTER_SELF, &all);
+
+  graph.remove_debug_node_filters();
+
+  EXPECT_EQ(FilterTypesCapacity::of(Probe::filter_types(graph)), 0u);
+  EXPECT_EQ(FiltersCapacity::of(Probe::filters(graph)), 0u);
+}
+
 TEST(OzObjDependencyDebug, ReportsANullNodeFilterAndPassesItOver)
 {
   Thing a(12);
