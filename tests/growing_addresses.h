@@ -36,6 +36,8 @@ struct Arena
 };
 inline Arena arena;
 
+inline long records_in_use = 0; // and other blocks of their sizes
+
 inline bool is_of_a_record(std::size_t size)
 {
   return size == sizeof(OzObjDepLink) || size == sizeof(OzObjDepNode);
@@ -58,16 +60,20 @@ inline void* take(std::size_t size)
     return nullptr;
   void* const block = arena.next;
   arena.next += room;
+  ++records_in_use;
   return block;
 }
 
 inline void give_back(void* block, std::size_t size)
 {
   char const* const address = static_cast<char*>(block);
-  if (arena.begin != nullptr && address >= arena.begin && address < arena.begin + ARENA_SIZE)
-    ASAN_POISON_MEMORY_REGION(block, size != 0 ? size : sizeof(OzObjDepLink));
-  else
+  if (arena.begin == nullptr || address < arena.begin || address >= arena.begin + ARENA_SIZE)
+  {
     std::free(block);
+    return;
+  }
+  --records_in_use;
+  ASAN_POISON_MEMORY_REGION(block, size != 0 ? size : sizeof(OzObjDepLink));
 }
 
 inline void start_again() {}
@@ -96,6 +102,7 @@ namespace growing_addresses
 // A graph cuts its records from pages. A page that would lie below an older one is put aside, and the next
 // one is asked for.
 constexpr bool DELETED_RECORDS_ARE_USED_AGAIN = true;
+inline long records_in_use = 0; // not counted here
 
 inline std::uintptr_t highest = 0;
 inline std::vector<void*> put_aside;
