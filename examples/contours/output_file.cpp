@@ -96,9 +96,9 @@ public:
   Beside(Beside const&) = delete;
   Beside& operator=(Beside const&) = delete;
 
-  void move_to(fs::path const& target)
+  void move_to(fs::path const& place)
   {
-    if (::rename(path.c_str(), target.c_str()) != 0)
+    if (::rename(path.c_str(), place.c_str()) != 0)
       fail(errno);
     moved = true;
   }
