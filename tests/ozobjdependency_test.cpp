@@ -662,6 +662,16 @@ TEST_F(Graph, StaysAsItWasWhenARoleCannotBeClonedForAllOfASet)
   EXPECT_EQ(Probe::link_count(graph), 2u);
 }
 
+TEST_F(Graph, ClonesARoleForASetWithoutSources)
+{
+  SparseRole const role(2);
+
+  EXPECT_TRUE(record_sets({}, {&a}, Dep::CREATION, &role));
+
+  EXPECT_NE(Probe::forward(graph, nullptr, &a)->role, nullptr);
+  EXPECT_NE(Probe::backward(graph, nullptr, &a)->role, nullptr);
+}
+
 TEST_F(Graph, DrawsNoIdentityButForClonesOfARole)
 {
   int const before = OzArtificialObjectDependency().identity();
