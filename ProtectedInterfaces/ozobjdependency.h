@@ -148,7 +148,8 @@ private:
   void link_n1_to_n3(OzObjDepSimplifyContext& context, OzObjDepNode* n1, OzObjDepNode* n2,
                      OzObjDepLink const* l12, OzObjDepLink const* t);
   static void remove_n2(OzObjDepSimplifyContext& context, OzObjDepNode* n2);
-  static void collect_ways(OzObjDepSimplifyContext& context, OzObjDepNode const* n1, OzObjDepNode const* n3);
+  static void collect_ways(OzObjDepSimplifyContext& context, OzObjDepNode const* n1, OzObjDepNode const* n2,
+                           OzObjDepNode const* n3);
   static void settle_path(OzObjDepSimplifyContext& context, OzObjDepNode* n1, OzObjDepLink const* link,
                           OzObjDepNode* n3, Type& type, bool has_target_qualifier, int target_qualifier);
 

@@ -61,29 +61,18 @@ struct OzObjDepSimplifyContext
   {
     new_link_sources.append(source);
     new_links.append(link);
-    if (new_links.size() <= FEW)
-      return;
-    for (std::uint64_t i = new_link_index.empty() ? 0 : new_links.size() - 1; i < new_links.size(); ++i)
-    {
-      new_link_index.emplace(NodePair{new_link_sources[i], new_links[i]->node}, i);
-      new_links_of[new_link_sources[i]].push_back(i);
-    }
   }
 
   void add_old_link(OzObjDepNode* source, OzObjDepLink* link)
   {
     old_link_sources.append(source);
     old_links.append(link);
-    if (old_links.size() <= FEW)
-      return;
-    for (std::uint64_t i = old_sources_of.empty() ? 0 : old_links.size() - 1; i < old_links.size(); ++i)
-      old_sources_of[old_links[i]->node].push_back(old_link_sources[i]);
   }
 
   /// The place of the link from `source` to `target` among the new links, or NONE.
-  std::uint64_t position_of_new_link(OzObjDepNode const* source, OzObjDepNode const* target) const
+  std::uint64_t position_of_new_link(OzObjDepNode const* source, OzObjDepNode const* target)
   {
-    if (!new_link_index.empty())
+    if (index_new_links())
     {
       auto const found = new_link_index.find(NodePair{source, target});
       return found != new_link_index.end() ? found->second : NONE;
@@ -95,16 +84,16 @@ struct OzObjDepSimplifyContext
   }
 
   /// The forward record from `source` to `target` that waits to be entered, or null.
-  OzObjDepLink* new_link(OzObjDepNode const* source, OzObjDepNode const* target) const
+  OzObjDepLink* new_link(OzObjDepNode const* source, OzObjDepNode const* target)
   {
     std::uint64_t const position = position_of_new_link(source, target);
     return position != NONE ? new_links[position] : nullptr;
   }
 
   /// At least the number of new links from `source`, and not far above it.
-  std::uint64_t new_links_bound(OzObjDepNode const* source) const
+  std::uint64_t new_links_bound(OzObjDepNode const* source)
   {
-    if (new_link_index.empty())
+    if (!index_new_links())
       return new_links.size();
     auto const found = new_links_of.find(source);
     return found != new_links_of.end() ? found->second.size() : 0;
@@ -112,9 +101,9 @@ struct OzObjDepSimplifyContext
 
   /// Calls `visit` with the place of each new link from `source`, in their order, until it answers false.
   template <class Visit>
-  void visit_new_links(OzObjDepNode const* source, Visit visit) const
+  void visit_new_links(OzObjDepNode const* source, Visit visit)
   {
-    if (new_link_index.empty())
+    if (!index_new_links())
     {
       for (std::uint64_t i = 0; i < new_links.size(); ++i)
         if (new_link_sources[i] == source && !visit(i))
@@ -131,9 +120,9 @@ struct OzObjDepSimplifyContext
 
   /// Calls `visit` with each node that holds a record to be dropped to `target`.
   template <class Visit>
-  void visit_old_sources(OzObjDepNode const* target, Visit visit) const
+  void visit_old_sources(OzObjDepNode const* target, Visit visit)
   {
-    if (old_sources_of.empty())
+    if (!index_old_links())
     {
       for (std::uint64_t i = 0; i < old_links.size(); ++i)
         if (old_links[i]->node == target)
@@ -152,8 +141,9 @@ struct OzObjDepSimplifyContext
     new_link_sources.resize(0, true);
     new_links.resize(0, true);
     // A table that has once been large is dear to clear, and the next root may be a small one.
-    if (!new_link_index.empty())
+    if (n_new_indexed != 0)
     {
+      n_new_indexed = 0;
       decltype(new_link_index)().swap(new_link_index);
       decltype(new_links_of)().swap(new_links_of);
     }
@@ -163,11 +153,29 @@ struct OzObjDepSimplifyContext
   {
     old_link_sources.resize(0, true);
     old_links.resize(0, true);
-    if (!old_sources_of.empty())
+    if (n_old_indexed != 0)
+    {
+      n_old_indexed = 0;
       decltype(old_sources_of)().swap(old_sources_of);
+    }
   }
 
-  bool const split_modificational; // what becomes of a lone SPLIT
+  /// Can a record to `target` wait to be dropped while `target` has lost its own? Only if it was an n2 before,
+  /// and that are the targets of the root, or the one node at hand.
+  bool may_have_old_sources(OzObjDepNode const* target) const
+  {
+    return root == nullptr || root->target_link_map.contains(const_cast<OzObjDepNode*>(target));
+  }
+  /// False if there is surely no new link from `source` to `target`: its backward record is in place at once,
+  /// and stays until `target` is an n2.
+  bool may_have_new_link(OzObjDepNode const* source, OzObjDepNode const* target) const
+  {
+    return target->source_link_map.contains(const_cast<OzObjDepNode*>(source)) ||
+           may_have_old_sources(target);
+  }
+
+  OzObjDepNode const* root = nullptr; // rn1, or null when the later ones have their turn
+  bool const split_modificational;    // what becomes of a lone SPLIT
   OzArray<OzObjDepNode*> new_link_sources;
   OzArray<OzObjDepLink*> new_links; // beside new_link_sources: forward records to be entered there
   OzArray<OzObjDepNode*> old_link_sources;
@@ -182,9 +190,33 @@ struct OzObjDepSimplifyContext
   OzJournal* const trace; // not owned, may be null
 
 private:
-  // Up to here the links are searched one by one, and the tables below are empty.
+  // Up to here the links are searched one by one.
   static constexpr std::uint64_t FEW = 8;
 
+  /// False while there are few. Where nobody asks, links are never entered in the tables.
+  bool index_new_links()
+  {
+    if (new_links.size() <= FEW)
+      return false;
+    for (; n_new_indexed < new_links.size(); ++n_new_indexed)
+    {
+      OzObjDepNode const* const source = new_link_sources[n_new_indexed];
+      new_link_index.emplace(NodePair{source, new_links[n_new_indexed]->node}, n_new_indexed);
+      new_links_of[source].push_back(n_new_indexed);
+    }
+    return true;
+  }
+  bool index_old_links()
+  {
+    if (old_links.size() <= FEW)
+      return false;
+    for (; n_old_indexed < old_links.size(); ++n_old_indexed)
+      old_sources_of[old_links[n_old_indexed]->node].push_back(old_link_sources[n_old_indexed]);
+    return true;
+  }
+
+  std::uint64_t n_new_indexed = 0;
+  std::uint64_t n_old_indexed = 0;
   std::unordered_map<NodePair, std::uint64_t, NodePairHash> new_link_index; // by both ends
   std::unordered_map<OzObjDepNode const*, std::vector<std::uint64_t>> new_links_of;
   std::unordered_map<OzObjDepNode const*, std::vector<OzObjDepNode*>> old_sources_of; // by target
@@ -352,6 +384,7 @@ bool OzObjDependency::simplify_step()
     trace_line(simplify_trace, "rn1 = ", identity(rn1));
     bool const was_unchecked = unchecked_roots.erase(rn1);
     OZ_ASSERT(was_unchecked);
+    context.root = rn1;
     for (OzObjDepLink const* link : rn1->target_links)
     {
       if (link == nullptr)
@@ -670,7 +703,7 @@ bool OzObjDependency::skip_n3(OzObjDepSimplifyContext& context, OzObjDepNode* n1
     return true;
   }
 
-  collect_ways(context, n1, n3);
+  collect_ways(context, n1, n2, n3);
   for (Way const& way : context.ways)
   {
     OzObjDepLink* const link = way.link;
@@ -703,11 +736,13 @@ bool OzObjDependency::skip_n3(OzObjDepSimplifyContext& context, OzObjDepNode* n1
 ///
 /// Either end may have very many links, and hardly ever both have: the search begins at the one with fewer.
 void OzObjDependency::collect_ways(OzObjDepSimplifyContext& context, OzObjDepNode const* n1,
-                                   OzObjDepNode const* n3)
+                                   OzObjDepNode const* n2, OzObjDepNode const* n3)
 {
   std::vector<Way>& ways = context.ways;
   ways.clear();
-  if (n1->target_links.size() + context.new_links_bound(n1) <= n3->source_links.size())
+  std::uint64_t const n_sources = n3->source_links.size();
+  if (n1->target_links.size() <= n_sources &&
+      n1->target_links.size() + context.new_links_bound(n1) <= n_sources)
   {
     for (OzObjDepLink* link : n1->target_links)
       if (link != nullptr && link->node != nullptr)
@@ -728,16 +763,19 @@ void OzObjDependency::collect_ways(OzObjDepSimplifyContext& context, OzObjDepNod
       ways.push_back({existing, true, 0});
       return;
     }
+    if (!context.may_have_new_link(n1, node))
+      return;
     std::uint64_t const position = context.position_of_new_link(n1, node);
     if (position != OzObjDepSimplifyContext::NONE)
       ways.push_back({context.new_links[position], false, position});
   };
   add_way_to(n3);
   for (OzObjDepLink const* link : n3->source_links)
-    if (link != nullptr && link->node != nullptr)
+    if (link != nullptr && link->node != nullptr && link->node != n2)
       add_way_to(link->node);
   // Where n3 was an n2 itself, its sources still hold their records, and it has none of them any more.
-  context.visit_old_sources(n3, add_way_to);
+  if (context.may_have_old_sources(n3))
+    context.visit_old_sources(n3, add_way_to);
 
   auto const is_before = [](Way const& a, Way const& b)
   {
@@ -759,7 +797,9 @@ void OzObjDependency::settle_path(OzObjDepSimplifyContext& context, OzObjDepNode
 {
   OzObjDepNode* const n2a = link->node;
   OzObjDepLink const* const existing = n2a->target_link_map.value(n3);
-  for (OzObjDepLink const* onward : {existing, static_cast<OzObjDepLink const*>(context.new_link(n2a, n3))})
+  OzObjDepLink const* const waiting =
+      context.may_have_new_link(n2a, n3) ? context.new_link(n2a, n3) : nullptr;
+  for (OzObjDepLink const* onward : {existing, waiting})
   {
     if (onward == nullptr)
       continue;
