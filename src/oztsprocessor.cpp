@@ -344,7 +344,8 @@ bool OzTSJobProcessor::AddTask(OzTask*& task, std::size_t job)
 
   entry.pending.push_back(task);
   task = nullptr;
-  StartWorker(job);
+  if (entry.may_run_more()) // mostly not: the first tasks have started as many workers as there may be
+    StartWorker(job);
   return true;
 }
 
