@@ -138,6 +138,8 @@ TEST_F(HistoryFiles, ShowOnlyTheContoursThatAreAskedFor)
   EXPECT_EQ(count(content(path("13.dot")), "contour 2"), 0u);
   EXPECT_EQ(count(content(path("all.dot")), "contour"), 3u);
   EXPECT_EQ(count(content(path("all.dot")), "LINE #"), 9u);
+  EXPECT_EQ(count(written("-g", "examples/data/plate.dxf --history-of 1"), "ABSORPTION"), 9u)
+      << "the double too";
 }
 
 TEST_F(HistoryFiles, LeaveOutTheOtherContoursOfAnEntity)
