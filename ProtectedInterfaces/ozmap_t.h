@@ -114,25 +114,36 @@ void OzMap<K, V>::copy_nodes(OzMap const& other)
 // The next node on the way down from `x`, whose key is `here`: the right child if `here` < `wanted`.
 //
 // Which way a search goes is as good as random, so a branch would be guessed wrong every other time, and a
-// compiler makes one of a conditional expression here. One comparison and one selection take half the time.
+// compiler makes one of a conditional expression here, and of a selection by bits too. One comparison and one
+// selection take half the time. Each instruction stands in both spellings of assemblers, since the one in use
+// is the client's choice and turns the operands round.
 template <class K, class V>
 inline OzRBTreeNode* OzMap<K, V>::child(OzRBTreeNode const* x, K here, K wanted)
 {
 #if defined(__x86_64__) && defined(__GNUC__)
   OzRBTreeNode* selected = x->left();
   if constexpr (std::is_pointer_v<K>)
-    __asm__("cmp %2, %1\n\tcmovb %3, %0" : "+r"(selected) : "r"(here), "r"(wanted), "r"(x->right()) : "cc");
+    __asm__("{cmp %2, %1|cmp %1, %2}\n\t{cmovb %3, %0|cmovb %0, %3}"
+            : "+r"(selected)
+            : "r"(here), "r"(wanted), "r"(x->right())
+            : "cc");
   else if constexpr (std::is_signed_v<K>)
   {
     std::int64_t const a = here;
     std::int64_t const b = wanted;
-    __asm__("cmp %2, %1\n\tcmovl %3, %0" : "+r"(selected) : "r"(a), "r"(b), "r"(x->right()) : "cc");
+    __asm__("{cmp %2, %1|cmp %1, %2}\n\t{cmovl %3, %0|cmovl %0, %3}"
+            : "+r"(selected)
+            : "r"(a), "r"(b), "r"(x->right())
+            : "cc");
   }
   else
   {
     std::uint64_t const a = here;
     std::uint64_t const b = wanted;
-    __asm__("cmp %2, %1\n\tcmovb %3, %0" : "+r"(selected) : "r"(a), "r"(b), "r"(x->right()) : "cc");
+    __asm__("{cmp %2, %1|cmp %1, %2}\n\t{cmovb %3, %0|cmovb %0, %3}"
+            : "+r"(selected)
+            : "r"(a), "r"(b), "r"(x->right())
+            : "cc");
   }
   return selected;
 #else
