@@ -104,6 +104,41 @@ public:
   std::vector<int> keys;
 };
 
+/// As AnyOfNode, but tells the tree that nothing above `bound` is looked for.
+class BoundedNode : public AnyOfNode
+{
+public:
+  BoundedNode(std::vector<int> ascending_keys, int greatest)
+    : AnyOfNode(std::move(ascending_keys))
+    , bound(greatest)
+  {
+  }
+
+  bool greater_equal(OzRBTreeNode const* other) const override { return bound >= key_of(other); }
+
+  int bound;
+};
+
+/// Notes what is seen of its children when it is deleted, and how often greatest keys are compared.
+class WatchedNode : public NumberNode
+{
+public:
+  WatchedNode(OzRBTreeNode* nil, int node_key)
+    : NumberNode(nil, node_key)
+  {
+  }
+  ~WatchedNode() override { children_at_end.assign({left(), right()}); }
+
+  bool right_most_ge(OzRBTreeNode const* other) const override
+  {
+    ++comparisons;
+    return NumberNode::right_most_ge(other);
+  }
+
+  static inline std::vector<OzRBTreeNode*> children_at_end;
+  static inline int comparisons = 0;
+};
+
 class NumberTree : public OzRBTree
 {
 public:
@@ -583,6 +618,30 @@ TEST(OzRBTree, DeletingANodeWithTwoChildrenKeepsItsObjectAndDeletesThatOfTheSucc
   EXPECT_EQ(tree.error(), "");
 }
 
+TEST(OzRBTree, ADeletedNodeFindsItselfWithoutChildren)
+{
+  NumberTree tree;
+  WatchedNode* const node = new WatchedNode(tree.nil, 1);
+  tree.rb_insert(node);
+
+  tree.rb_delete(node);
+
+  EXPECT_EQ(WatchedNode::children_at_end, (std::vector<OzRBTreeNode*>{nullptr, nullptr}));
+}
+
+TEST(OzRBTree, ADeletionRenewsTheRecordsFromTheGapUpAndFromTheNodeThatStays)
+{
+  NumberTree tree;
+  for (int const key : {2, 1, 3})
+    tree.rb_insert(new WatchedNode(tree.nil, key));
+  WatchedNode::comparisons = 0;
+
+  tree.rb_delete(tree.root); // 3 moves up, so that the gap is below the very node that stays
+
+  EXPECT_EQ(tree.shape(), "((1r)3b)");
+  EXPECT_EQ(WatchedNode::comparisons, 2);
+}
+
 TEST(OzRBTree, DeletingTheOnlyNodeLeavesNilAsTheRoot)
 {
   NumberTree tree;
@@ -795,6 +854,22 @@ TEST(OzRBTree, ListsTheSubtreesPutAsideBeforeTheMatchThatEndsTheDescent)
     EXPECT_EQ(tree.rb_find(&query, nullptr, nullptr), count) << c.what;
     EXPECT_TRUE(tree.stack.is_empty()) << c.what;
   }
+}
+
+TEST(OzRBTree, ASubtreeWhoseLeastKeyIsAboveTheQueryIsNotPutAside)
+{
+  NumberTree tree;
+  add_all(tree, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11});
+  ASSERT_EQ(tree.shape(), "(((1b)2b(3b))4b((5b)6b((7b)8r((9r)10b(11r)))))");
+  OzList<void*> list;
+
+  BoundedNode const below({1, 5}, 4);
+  EXPECT_EQ(tree.rb_find(&below, &list, nullptr), 1);
+  EXPECT_EQ(keys_in(list), std::vector<int>{1});
+
+  BoundedNode const at({1, 5}, 5);
+  EXPECT_EQ(tree.rb_find(&at, &list, nullptr), 2);
+  EXPECT_EQ(keys_in(list), (std::vector<int>{5, 1}));
 }
 
 TEST(OzRBTree, MinimumMaximumAndSuccessor)
