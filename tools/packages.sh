@@ -5,7 +5,7 @@
 # shellcheck disable=SC2034 # used by the scripts that source this file
 {
   OZ_BUILD_PACKAGES=(g++ cmake ninja-build libcli11-dev)
-  OZ_TEST_PACKAGES=(libgtest-dev libgmock-dev python3)
+  OZ_TEST_PACKAGES=(libgtest-dev libgmock-dev python3 graphviz)
   OZ_MODEL_PACKAGES=(spin gcc)
   OZ_BENCHMARK_PACKAGES=(libbenchmark-dev libabsl-dev libtbb-dev)
   OZ_CLANG_PACKAGES=(clang-14)
