@@ -32,6 +32,7 @@
 #include "ozobjdependency.h"
 #include "ozobject.h"
 #include "ozobjectdependency.h"
+#include "ozobjtable.h"
 #include "ozpriqueue.h"
 #include "ozprogress.h"
 #include "ozrbt.h"
