@@ -19,6 +19,7 @@
 #include "ozevent.h"
 #include "ozexport.h"
 #include "ozfilejournal.h"
+#include "ozhash.h"
 #include "ozheap.h"
 #include "ozinterface.h"
 #include "oziterator.h"
