@@ -34,6 +34,8 @@
 #include "ozobject.h"
 #include "ozobjectdependency.h"
 #include "ozobjtable.h"
+#include "ozoperationbehaviour.h"
+#include "ozoperationdefaultbehaviour.h"
 #include "ozpriqueue.h"
 #include "ozprogress.h"
 #include "ozrbt.h"
@@ -47,5 +49,6 @@
 #include "oztaskserver.h"
 #include "oztimer.h"
 #include "oztsprocessor.h"
+#include "ozversionedalgorithm.h"
 
 #endif
