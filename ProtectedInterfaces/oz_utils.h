@@ -6,6 +6,8 @@
 
 #include <vector>
 
+class OzResult;
+
 /// A text of `n` blanks; empty if `n` is below 1.
 OZ_EXPORT OzString oz_blankstring(int n);
 
@@ -22,5 +24,9 @@ OZ_EXPORT void oz_tolower(OzString& s);
 /// the delimiter is, so its further characters belong to the next part: `aXYb` cut at `XY` gives `a` and
 /// `Yb`.
 OZ_EXPORT std::vector<OzString> oz_split(OzString const& s, char const* delimiter);
+
+/// The number of the result's error condition as it is stored, -1 if there is none. Unlike
+/// OzErr::error_number() it asks neither for a package nor for the range of a number.
+OZ_EXPORT int oz_error_number(OzResult const& result);
 
 #endif

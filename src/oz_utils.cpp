@@ -1,5 +1,7 @@
 #include "oz_utils.h"
 
+#include "ozresult.h"
+
 #include <cctype>
 #include <cstring>
 
@@ -47,4 +49,13 @@ std::vector<OzString> oz_split(OzString const& s, char const* delimiter)
   if (start < s.length())
     parts.push_back(s.substr(start, -1));
   return parts;
+}
+
+int oz_error_number(OzResult const& result)
+{
+  OzResult::CodeID code = OzResult::OK;
+  int number = -1;
+  OzString const* const* package = nullptr;
+  result.get_error_condition(code, number, package);
+  return number;
 }
