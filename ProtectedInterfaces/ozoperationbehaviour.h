@@ -8,16 +8,16 @@
 
 class OzVersionStamp;
 
-/// Decides which flavour of an operation applies, so that an operation that was changed can still behave as it
-/// did for a model that was made before.
+/// Decides which flavour of an operation applies, so that an operation that was changed can still behave as
+/// it did for a model that was made before.
 ///
-/// A package is a set of operations, named by an OzString; a service is one operation within it; a flavour is a
-/// numbered variant of how the service behaves. An operation asks `determine_flavour_to_apply` with the best
-/// flavour that it knows, its newest, and behaves by the answer.
+/// A package is a set of operations, named by an OzString; a service is one operation within it; a flavour is
+/// a numbered variant of how the service behaves. An operation asks `determine_flavour_to_apply` with the
+/// best flavour that it knows, its newest, and behaves by the answer.
 ///
 /// A package is identified by the address of its string, not by the text: two equal strings are two packages.
-/// So a package has one OzString object for the life of the process. No string is owned, copied or read; null is a
-/// package like any other.
+/// So a package has one OzString object for the life of the process. No string is owned, copied or read; null
+/// is a package like any other.
 ///
 /// The process has one current behaviour, which any operation finds by `get_instance`.
 ///

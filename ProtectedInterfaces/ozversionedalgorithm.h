@@ -6,12 +6,12 @@
 class OzOperationBehaviour;
 class OzString;
 
-/// A level of the software at which a modification was made: on the trunk, on a branch that left the trunk, or
-/// on a line of fixes that left the branch.
+/// A level of the software at which a modification was made: on the trunk, on a branch that left the trunk,
+/// or on a line of fixes that left the branch.
 ///
-/// A trunk level has a trunk version alone; a branch level also says which branch (`niveau`) and how far along it
-/// (`version`); a fix level says the same of the line of fixes. The niveaus of real branches and lines of fixes
-/// count from 1.
+/// A trunk level has a trunk version alone; a branch level also says which branch (`niveau`) and how far
+/// along it (`version`); a fix level says the same of the line of fixes. The niveaus of real branches and
+/// lines of fixes count from 1.
 ///
 /// Threads: as a plain value.
 class OZ_EXPORT OzVersionStamp
@@ -21,10 +21,10 @@ public:
   static constexpr short bl_base = 100;
   static constexpr short fl_base = 16;
 
-  /// No level at all: all fields are 0. It contains nothing and nothing is asked of it.
+  /// No level at all: all fields are 0. It contains nothing.
   OzVersionStamp();
-  /// `branch` is niveau * bl_base + version, and `fix` is niveau * fl_base + version. A negative number is split
-  /// as division and remainder split it, toward 0.
+  /// `branch` is niveau * bl_base + version, and `fix` is niveau * fl_base + version. A negative number is
+  /// split as division and remainder split it, toward 0.
   OzVersionStamp(int trunk, short branch, short fix);
   OzVersionStamp(OzVersionStamp const&) = default;
   OzVersionStamp(OzVersionStamp&&) = default;
@@ -45,8 +45,9 @@ public:
   ///   contain it, since nothing says that the modification ever reached the trunk.
   /// - A fix level is contained only on its own line of fixes of the same version of that branch.
   ///
-  /// A level without a positive trunk version contains nothing, itself included. A level with a branch version
-  /// but without a positive branch niveau is contained nowhere, and so is a fix without a positive niveau.
+  /// A level without a positive trunk version contains nothing, itself included. A level with a branch
+  /// version but without a positive branch niveau is contained nowhere, and so is a fix without a positive
+  /// niveau.
   bool operator>=(OzVersionStamp const& other);
 
 protected:
@@ -60,13 +61,13 @@ private:
   short fdpinpoint_version;
 };
 
-/// An algorithm that obeys an operation behaviour: it keeps the behaviour that it was made with and asks that one
-/// for its flavours.
+/// An algorithm that obeys an operation behaviour: it keeps the behaviour that it was made with and asks that
+/// one for its flavours.
 ///
 /// Ownership: the behaviour is not owned and outlives the algorithm.
 /// Threads: as the behaviour; the algorithm adds no state of its own.
-/// Reports: every question without a behaviour, which is then answered as each operation says; and every call of
-/// `apply_change`, with a behaviour or without.
+/// Reports: every question without a behaviour, which is then answered as each operation says; and every call
+/// of `apply_change`, with a behaviour or without.
 class OZ_EXPORT OzVersionedAlgorithm
 {
 public:

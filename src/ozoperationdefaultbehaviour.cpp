@@ -5,8 +5,8 @@
 
 namespace
 {
-// Made at the first use, which may come from a static object of another unit, and never destroyed: threads that
-// still run while the process ends may ask it.
+// Made at the first use, which may come from a static object of another unit, and never destroyed: threads
+// that still run while the process ends may ask it.
 OzOperationDefaultBehaviour& default_behaviour()
 {
   static OzOperationDefaultBehaviour& behaviour = *new OzOperationDefaultBehaviour;
@@ -123,8 +123,8 @@ OzOperationDefaultBehaviour& OzOperationDefaultBehaviour::operator=(OzOperationB
   {
     other.get_services(packages->current(), services);
 
-    // The cursor of services stays on the first one of the first package, and the flavour is the one that this
-    // behaviour has, which has just been cleared. Callers rely on the entries that come out of this.
+    // The cursor of services stays on the first one of the first package, and the flavour is the one that
+    // this behaviour has, which has just been cleared.
     for (packages->reset(); !packages->done(); packages->next())
     {
       short const flavour = get_actual_flavour(packages->current(), services->current());

@@ -60,16 +60,14 @@ bool OzVersionStamp::operator>=(OzVersionStamp const& other)
   if (!other_has_branch && !other_has_fix)
     return trunk_version >= other.trunk_version;
 
-  if (branch_niveau <= 0 || other.branch_niveau <= 0)
-    return false;
-  if (trunk_version != other.trunk_version || branch_niveau != other.branch_niveau)
+  // Niveaus of real branches and lines of fixes are positive; where two are equal, one of them tells.
+  if (branch_niveau <= 0 || branch_niveau != other.branch_niveau || trunk_version != other.trunk_version)
     return false;
   if (!other_has_fix)
     return branch_version >= other.branch_version;
 
-  if (fdpinpoint_niveau <= 0 || other.fdpinpoint_niveau <= 0)
-    return false;
-  if (branch_version != other.branch_version || fdpinpoint_niveau != other.fdpinpoint_niveau)
+  if (fdpinpoint_niveau <= 0 || fdpinpoint_niveau != other.fdpinpoint_niveau ||
+      branch_version != other.branch_version)
     return false;
   return fdpinpoint_version >= other.fdpinpoint_version;
 }

@@ -1,6 +1,7 @@
 #include "ozoperationdefaultbehaviour.h"
 
 #include "deadline.h"
+#include "lummutex.h"
 #include "ozmutex.h"
 #include "ozversionedalgorithm.h"
 #include "report_recorder.h"
@@ -251,6 +252,9 @@ void run_together(int threads, std::function<void(int)> const& work)
     thread.join();
 }
 
+/// Called by this thread when it has next given a lock back: what another thread may do at that moment.
+thread_local std::function<void()> after_next_unlock;
+
 /// Whether `operation` stays under way on another thread while this one holds the global lock.
 bool waits_for_the_lock(std::function<void()> const& operation)
 {
@@ -277,6 +281,14 @@ bool waits_for_the_lock(std::function<void()> const& operation)
   return !ended_too_early;
 }
 } // namespace
+
+/// Stands before the platform library's own in this process.
+void LumMutex::Unlock()
+{
+  mutex.unlock();
+  if (std::function<void()> const call = std::exchange(after_next_unlock, nullptr))
+    call();
+}
 
 TEST(OzOperationBehaviour, IsUsableByStaticObjectsAndCurrentByDefault)
 {
@@ -1039,6 +1051,58 @@ TEST(OzOperationDefaultBehaviour, AgreesWithATableOfPairs)
   }
   EXPECT_EQ(recorder.units(), reports(expected_reports, "ozoperationdefaultbehaviour.cpp"));
   EXPECT_GT(expected_reports, 1000u);
+}
+
+TEST(BehavioursAndThreads, ALockBetweenTheLookAndTheRecordComesTooLate)
+{
+  OzOperationDefaultBehaviour behaviour;
+
+  after_next_unlock = [&] { behaviour.lock(); };
+  EXPECT_EQ(behaviour.determine_flavour_to_apply(&drawing, 1, 3), 3);
+
+  EXPECT_TRUE(behaviour.is_locked());
+  EXPECT_EQ(flavours_of(behaviour), (Flavours{{{&drawing, 1}, 3}}));
+}
+
+TEST(BehavioursAndThreads, APackageThatIsForgottenBeforeTheSecondLookHasNoServices)
+{
+  OzOperationDefaultBehaviour behaviour;
+  behaviour.set_best_flavour(&drawing, 1, 3);
+  OzAutoPtr<OzIterator<int>> walk;
+  ReportRecorder const recorder;
+
+  after_next_unlock = [&] { behaviour.clear(); };
+  behaviour.get_services(&drawing, walk);
+
+  EXPECT_TRUE(walk->done());
+  EXPECT_EQ(recorder.units(), NO_REPORT);
+  EXPECT_EQ(walk->current(), 0);
+  EXPECT_EQ(recorder.units(), reports(1, "ozarray_i.h"));
+}
+
+TEST(BehavioursAndThreads, APackageThatComesAfterTheFirstLookHasNoServicesYet)
+{
+  OzOperationDefaultBehaviour behaviour;
+  OzAutoPtr<OzIterator<int>> walk;
+
+  after_next_unlock = [&] { behaviour.set_best_flavour(&drawing, 1, 3); };
+  behaviour.get_services(&drawing, walk);
+
+  EXPECT_TRUE(walk->done());
+  EXPECT_EQ(behaviour.get_actual_flavour(&drawing, 1), 3);
+}
+
+TEST(BehavioursAndThreads, NullClearsTheDefaultBeforeItBecomesCurrent)
+{
+  Log log;
+  OtherBehaviour other(log);
+  OzOperationBehaviour::set_instance(&other);
+  OzOperationBehaviour* current = nullptr;
+
+  after_next_unlock = [&] { current = OzOperationBehaviour::get_instance(); };
+  OzOperationBehaviour::set_instance(nullptr);
+
+  EXPECT_EQ(current, &other);
 }
 
 TEST(BehavioursAndThreads, EveryAccessWaitsForTheGlobalLock)
