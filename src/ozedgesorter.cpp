@@ -285,11 +285,25 @@ void OzEdgeSorter::fill_lists(OzArray<bool> const& closed)
 
 void OzEdgeSorter::add_neighbours(std::uint64_t p, std::uint64_t q, double gap)
 {
-  // Gaps first: should memory run out in between, no neighbour is left without one.
-  neighbour_gaps[p].append(gap);
-  neighbour_gaps[q].append(gap);
-  neighbours[p].append(static_cast<int>(q));
-  neighbours[q].append(static_cast<int>(p));
+  std::uint64_t const n_p = neighbours[p].size();
+  std::uint64_t const n_q = neighbours[q].size();
+  try
+  {
+    neighbours[p].append(static_cast<int>(q));
+    neighbours[q].append(static_cast<int>(p));
+    neighbour_gaps[p].append(gap);
+    neighbour_gaps[q].append(gap);
+  }
+  catch (...)
+  {
+    // A gap belongs to the neighbour at its own place, so all four lists grow or none does. The entries of
+    // this sort are still there in the next.
+    neighbours[p].resize(n_p, true);
+    neighbours[q].resize(n_q, true);
+    neighbour_gaps[p].resize(n_p, true);
+    neighbour_gaps[q].resize(n_q, true);
+    throw;
+  }
 }
 
 bool OzEdgeSorter::initialized() const

@@ -1,8 +1,6 @@
 #include "ozedgesorter.h"
 
-#include "report_recorder.h"
-#include "vtable_slot.h"
-
+#include "memory_refusal.h"
 #include "ozjournal.h"
 #include "report_recorder.h"
 #include "vtable_slot.h"
@@ -868,6 +866,33 @@ TEST(OzEdgeSorter, LetsAnExceptionOfTheGapThroughAndCanBeSortedAgain)
       sorter.fails_at = ~std::size_t(0);
       EXPECT_THAT(sorted(sorter, OzEdgeSorter::OzSortClosestFirst), ElementsAre("0 1 2"));
     }
+  }
+}
+
+TEST(OzEdgeSorter, KeepsGapsAndNeighboursInStepWhenMemoryRunsOut)
+{
+  SKIP_UNLESS_MEMORY_CAN_BE_REFUSED();
+  for (bool const sparse : BOTH_FORMS)
+  {
+    int refused = 0;
+    for (bool sorted_at_last = false; !sorted_at_last; ++refused)
+    {
+      // Each of the ends in the middle has two candidates, of which the first is the closer one.
+      TableSorter sorter(5, sparse);
+      sorter.gap(1, 2, 0.1).gap(1, 4, 0.2).gap(3, 6, 0.3).gap(3, 8, 0.4).gap(5, 6, 0.5).gap(5, 8, 0.6);
+      try
+      {
+        MemoryRefusal const refusal(refused);
+        sorter.sort(OzEdgeSorter::OzSortClosestFirst, false);
+        sorted_at_last = true;
+      }
+      catch (std::bad_alloc const&)
+      {
+      }
+
+      EXPECT_THAT(sorted(sorter, OzEdgeSorter::OzSortClosestFirst), ElementsAre("0 1 3", "2 4")) << refused;
+    }
+    EXPECT_GT(refused, 10) << "nothing was refused";
   }
 }
 
