@@ -33,8 +33,7 @@ int OzEdgeChain::end_number(int which) const
 void OzEdgeChain::close_end(int which)
 {
   int& point = which == 0 ? start_point : end_point;
-  if (point >= 0)
-    point = ~point;
+  point = ~point;
 }
 
 void OzEdgeChain::reverse()

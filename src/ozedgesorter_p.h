@@ -24,7 +24,7 @@ public:
   /// end_open first.
   int end_number(int which) const;
 
-  /// Closes an end; one that is closed stays so.
+  /// Closes an open end.
   void close_end(int which);
 
   /// Turns the direction of the whole chain.

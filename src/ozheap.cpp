@@ -76,7 +76,8 @@ int last_of_way(void* const* entries, int size, int i, bool descending)
   constexpr int in_cache = 1 << 15; // nodes of 32 bytes
   i = size > in_cache ? follow_long_way(entries, size, i, descending)
                       : follow_way(entries, size, i, descending);
-  bool const only_child = size % 2 == 0 && i == size / 2 - 1;
+  // The way has left the entries with two children, so the last entry that has a child at all has but one.
+  bool const only_child = i == size / 2 - 1;
   return only_child ? 2 * i + 1 : i;
 }
 
