@@ -97,8 +97,10 @@ public:
   OzString& format(int size, char const* pattern, ...) __attribute__((format(printf, 3, 4)));
 
   /// Sets the size of the array, terminator included, without writing a terminator. The text is always
-  /// kept, whatever `keep` is. A string that was made shorter than its text needs a terminator before it is
-  /// compared, searched or printed; `append` and assignment do without.
+  /// kept, whatever `keep` is. A string that was made shorter than its text can be read all the same, and so
+  /// can its copies: a 0 stands behind the array. Whoever then overwrites the 0 bytes of a string that was
+  /// made longer, up to the end of its array, has to put a terminator back before the text is compared,
+  /// searched or printed; copying, assignment and `append` do without.
   void resize(std::uint64_t n, bool keep);
 
   /// Sets length() to `n`, which must not be negative. With `keep` true a longer text is filled up with

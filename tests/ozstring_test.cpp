@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <initializer_list>
 #include <limits>
 #include <new>
 #include <random>
@@ -862,6 +863,28 @@ TEST(OzString, ResizeWritesNoTerminator)
 
   EXPECT_EQ(text.length(), 2u);
   EXPECT_EQ(text.bytes(), std::string("abc\0\0\0\0\0", 8));
+}
+
+TEST(OzString, AStringThatWasCutIsReadAsWhatIsLeftOfItAndSoAreItsCopies)
+{
+  for (std::uint64_t cut = 2; cut <= 8; ++cut)
+  {
+    std::string const left = std::string("abcdefg").substr(0, cut);
+    OzString text("abcdefg");
+    text.resize(cut, true);
+    OzString assigned("0123456789");
+    assigned = text;
+    OzString const copy(text);
+
+    for (OzString const* const each : std::initializer_list<OzString const*>{&text, &copy, &assigned})
+    {
+      EXPECT_EQ(text_of(*each), left) << cut;
+      EXPECT_EQ(each->find(left.c_str(), 0), 0) << cut;
+      EXPECT_EQ(each->find("abcdefg", 0), cut >= 7 ? 0 : -1) << cut;
+      EXPECT_TRUE(*each == left.c_str()) << cut;
+      EXPECT_EQ(each->length(), cut - 1) << cut;
+    }
+  }
 }
 
 TEST(OzString, SetSizeFillsUpWithBlanks)
