@@ -20,6 +20,13 @@ void delete_chain(OzLink* link)
     link = next;
   }
 }
+
+/// Clears a link of an object that ends. A compiler may leave out what is written there, unless the write is
+/// volatile.
+void kill_link(OzLink* volatile& link)
+{
+  link = nullptr;
+}
 } // namespace
 
 OzLink::OzLink(OzLink const&) {}
@@ -36,8 +43,8 @@ OzLink& OzLink::operator=(OzLink const& other)
 
 OzLink::~OzLink()
 {
-  next_ = nullptr;
-  prev_ = nullptr;
+  kill_link(next_);
+  kill_link(prev_);
 }
 
 void OzLink::insert_next(OzLink* link)
@@ -74,8 +81,8 @@ OzLinkList& OzLinkList::operator=(OzLinkList const&)
 OzLinkList::~OzLinkList()
 {
   delete_chain(head_);
-  head_ = nullptr;
-  tail_ = nullptr;
+  kill_link(head_);
+  kill_link(tail_);
 }
 
 OzLink* OzLinkList::array(std::uint64_t i) const

@@ -5,6 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <new>
 #include <random>
 #include <string>
 #include <type_traits>
@@ -271,6 +274,50 @@ TEST(OzLink, DestructionLeavesTheNeighboursAlone)
 
   EXPECT_NE(a.next(), nullptr);
   EXPECT_NE(c.prev(), nullptr);
+}
+
+/// Ends an object in a place where the compiler doesn't see what becomes of its memory.
+template <class Object>
+__attribute__((noinline)) void destroy(Object* object)
+{
+  object->~Object();
+}
+
+/// What memory holds at a pointer's place number `i`, as it is and not as what the language says of an object
+/// that has ended.
+void* pointer_at(unsigned char const volatile* memory, std::size_t i)
+{
+  unsigned char bytes[sizeof(void*)];
+  std::copy(memory + i * sizeof(void*), memory + (i + 1) * sizeof(void*), bytes);
+  void* pointer;
+  std::memcpy(&pointer, bytes, sizeof pointer);
+  return pointer;
+}
+
+TEST(OzLink, ADestroyedOneShowsItsDeadLinks)
+{
+  alignas(OzLink) static unsigned char memory[sizeof(OzLink)];
+  OzLink other;
+  OzLink* const link = new (memory) OzLink;
+  link->set_next(&other);
+  link->set_prev(&other);
+
+  destroy(link);
+
+  EXPECT_EQ(pointer_at(memory, 1), nullptr);
+  EXPECT_EQ(pointer_at(memory, 2), nullptr);
+}
+
+TEST(OzLinkList, ADestroyedOneShowsItsDeadEnds)
+{
+  alignas(Chain) static unsigned char memory[sizeof(Chain)];
+  Chain* const chain = new (memory) Chain({1, 2});
+
+  destroy(chain);
+
+  // Behind the table come the two parts of the cursor, then head and tail.
+  EXPECT_EQ(pointer_at(memory, 3), nullptr);
+  EXPECT_EQ(pointer_at(memory, 4), nullptr);
 }
 
 TEST(OzListIndex, BeginsAtZeroAndGoesBackThereOnReset)
