@@ -162,6 +162,12 @@ public:
   {
     OzObjDependency::report_error(valid, code, journal, dotty, n1, n2);
   }
+  /// Writes a node as a dump without filters does.
+  static void debug_node(OzObjDepNode const* node, OzJournal& journal, int level, int indent, bool dotty)
+  {
+    OzObjDependency::debug_node(node, journal, level, indent, dotty, OzObjDependency::NodeFilterTypes(),
+                                OzObjDependency::NodeFilters(), nullptr);
+  }
   static void debug_link(OzObjDepLink const* link, OzJournal& journal, int level, int indent, bool dotty)
   {
     OzObjDependency::debug_link(link, journal, level, indent, dotty);

@@ -65,6 +65,31 @@ public:
   std::vector<std::string> asked;
 };
 
+/// Notes at each flush whether a line has just ended.
+class LineJournal : public OzJournal
+{
+public:
+  void flush() override
+  {
+    ++flushes;
+    in_step = in_step && lines == flushes && ends_line;
+  }
+  int lines = 0;
+  int flushes = 0;
+  bool in_step = true; // one flush at the end of each line
+
+protected:
+  void append_to_journal(OzString const& text) override
+  {
+    ends_line = text == "\n";
+    for (char const* c = text.as_const_c_string(); *c != '\0'; ++c)
+      lines += *c == '\n' ? 1 : 0;
+  }
+
+private:
+  bool ends_line = false;
+};
+
 /// Counts the nodes of a plain dump whose text would be too long to keep.
 class NodeCounter : public OzJournal
 {
@@ -438,6 +463,20 @@ TEST(OzObjDependencyDebug, ColoursDependenciesBySeparator)
   }
 }
 
+TEST(OzObjDependencyDebug, DrawsASeparatorBelowZeroInBlack)
+{
+  Thing a(12);
+  Thing b(13);
+  OzObjDependency graph;
+  graph.record_dependency(&a, &b, MODIFICATION, nullptr, nullptr);
+  Probe::forward(graph, &a, &b)->separator = -1;
+  TextJournal journal;
+
+  Probe::debug_link(Probe::forward(graph, &a, &b), journal, OZ_DEBUG_DETAIL, 0, true);
+
+  EXPECT_EQ(journal.text(), " -> {13} [label=\"MODIFICATION -\\nseparator -1\",color=\"black\"];\n");
+}
+
 TEST(OzObjDependencyDebug, NamesAllTypes)
 {
   char const* const names[] = {"UNSPECIFIED", "TRANSFER",   "CREATION",   "DELETION",    "MODIFICATION",
@@ -531,6 +570,146 @@ TEST(OzObjDependencyDebug, SortsByIdentityWhateverTheAddresses)
   EXPECT_EQ(texts[0], texts[1]);
 }
 
+TEST(OzObjDependencyDebug, SortsTheNullObjectAsIdentityZero)
+{
+  Thing below(-3);
+  Thing above(12);
+  Thing first(20);
+  Thing second(21);
+  OzObjDependency graph;
+  graph.record_dependency(&above, &first, MODIFICATION, nullptr, nullptr);
+  graph.record_dependency(nullptr, &second, CREATION, nullptr, nullptr);
+  graph.record_dependency(&below, &second, MODIFICATION, nullptr, nullptr);
+
+  EXPECT_EQ(dump(graph, OZ_DEBUG_CONTENTS), "OzObjDependency\n"
+                                            "   number of nodes               : 5\n"
+                                            "   number of roots               : 3\n"
+                                            "   number of leafs               : 2\n"
+                                            "   contents                      :\n"
+                                            "\n"
+                                            "      level 0:\n"
+                                            "\n"
+                                            "      node object id: -3\n"
+                                            "      OzObjDepNode\n"
+                                            "         object name                   : OzDynObj\n"
+                                            "         target links                  : 1\n"
+                                            "         source links                  : 0\n"
+                                            "\n"
+                                            "      node object id: NULL\n"
+                                            "      OzObjDepNode\n"
+                                            "         object name                   : NULL\n"
+                                            "         target links                  : 1\n"
+                                            "         source links                  : 0\n"
+                                            "\n"
+                                            "      node object id: 12\n"
+                                            "      OzObjDepNode\n"
+                                            "         object name                   : OzDynObj\n"
+                                            "         target links                  : 1\n"
+                                            "         source links                  : 0\n"
+                                            "\n"
+                                            "      level 1:\n"
+                                            "\n"
+                                            "      node object id: 20\n"
+                                            "      OzObjDepNode\n"
+                                            "         object name                   : OzDynObj\n"
+                                            "         target links                  : 0\n"
+                                            "         source links                  : 1\n"
+                                            "\n"
+                                            "      node object id: 21\n"
+                                            "      OzObjDepNode\n"
+                                            "         object name                   : OzDynObj\n"
+                                            "         target links                  : 0\n"
+                                            "         source links                  : 2\n");
+}
+
+TEST(OzObjDependencyDebug, SortsALinkToTheNullObjectAsIdentityZero)
+{
+  Thing a(12);
+  Thing below(-3);
+  Thing above(7);
+  OzObjDependency graph;
+  graph.record_dependency(&a, &above, CREATION, nullptr, nullptr);
+  graph.record_dependency(&a, nullptr, DELETION, nullptr, nullptr);
+  graph.record_dependency(&a, &below, CREATION, nullptr, nullptr);
+  TextJournal journal;
+
+  Probe::debug_node(Probe::node(graph, &a), journal, OZ_DEBUG_DETAIL, 0, true);
+
+  EXPECT_EQ(journal.text(), "12 [label=\"12 OzDynObj\"];\n"
+                            "12  -> {-3} [label=\"CREATION -\\nseparator 0\",color=\"black\"];\n"
+                            "12  -> {NULL} [label=\"DELETION -\\nseparator 0\",color=\"black\"];\n"
+                            "12  -> {7} [label=\"CREATION -\\nseparator 0\",color=\"black\"];\n");
+}
+
+TEST(OzObjDependencyDebug, WritesNoNodeAtLevelOff)
+{
+  History h;
+  TextJournal journal;
+
+  Probe::debug_node(Probe::node(h.graph, &h.a), journal, OZ_DEBUG_OFF, 0, false);
+  Probe::debug_node(Probe::node(h.graph, &h.a), journal, OZ_DEBUG_OFF, 0, true);
+
+  EXPECT_EQ(journal.text(), "");
+}
+
+TEST(OzObjDependencyDebug, FlushesAtTheEndOfEachLineAndNowhereElse)
+{
+  for (bool const dotty : {false, true})
+  {
+    History h;
+    h.graph.record_dependency(nullptr, &h.d, ABSORPTION, nullptr, nullptr); // which makes it invalid
+    h.graph.set_dotty_output_format(dotty);
+    LineJournal journal;
+
+    h.graph.debug(journal, OZ_DEBUG_DETAIL, true, 0);
+
+    EXPECT_GT(journal.lines, 10);
+    EXPECT_EQ(journal.flushes, journal.lines);
+    EXPECT_TRUE(journal.in_step);
+  }
+}
+
+TEST(OzObjDependencyDebug, AsksTheOverridableCheckWhetherTheGraphIsValid)
+{
+  class Doubtful : public OzObjDependency
+  {
+  public:
+    bool is_valid(OzJournal* journal) const override
+    {
+      *journal << "asked" << ozEndExpr;
+      return false;
+    }
+  };
+  Doubtful graph;
+
+  EXPECT_EQ(dump(graph, OZ_DEBUG_OFF, true), "check integrity of OzObjDependency\n"
+                                             "asked\n"
+                                             "OzObjDependency is not valid\n");
+  EXPECT_EQ(drawing(graph, OZ_DEBUG_OFF), "strict digraph ObjectDependency {\n"
+                                          "asked\n"
+                                          "xxx [label=\"OzObjDependecy is invalid\",color=\"red\"];\n");
+}
+
+TEST(OzObjDependencyDebug, PassesOverNullRecords)
+{
+  Thing a(12);
+  Thing b(13);
+  OzObjDependency graph;
+  graph.record_dependency(&a, &b, MODIFICATION, nullptr, nullptr);
+  std::string const text = dump(graph, OZ_DEBUG_DETAIL);
+  OzObjDepNode* const node_a = Probe::node(graph, &a);
+  OzObjDepNode* const node_b = Probe::node(graph, &b);
+  node_a->target_links.insert(nullptr);
+  node_b->source_links.insert(nullptr);
+  ReportRecorder const recorder;
+
+  EXPECT_EQ(dump(graph, OZ_DEBUG_DETAIL), text);
+
+  EXPECT_EQ(recorder.units(), reports(0, ""));
+  node_a->target_links.erase(nullptr);
+  node_b->source_links.erase(nullptr);
+}
+
 TEST(OzObjDependencyDebug, PutsANodeOnTheLevelOfItsShortestWayFromARoot)
 {
   Thing a(12);
@@ -576,13 +755,29 @@ TEST(OzObjDependencyDebug, ReportsALinkWithoutANodeAndWritesNothingForIt)
   Probe::forward(graph, &a, &b)->node = nullptr;
   {
     ReportRecorder const recorder;
-    std::string const text = dump(graph, OZ_DEBUG_DETAIL);
-    EXPECT_EQ(text.find("OzObjDepLink"), std::string::npos) << text;
-    EXPECT_NE(text.find("target links                  : 1\n"), std::string::npos) << text;
+    EXPECT_EQ(dump(graph, OZ_DEBUG_DETAIL), "OzObjDependency\n"
+                                            "   number of nodes               : 2\n"
+                                            "   number of roots               : 1\n"
+                                            "   number of leafs               : 1\n"
+                                            "   contents                      :\n"
+                                            "\n"
+                                            "      level 0:\n"
+                                            "\n"
+                                            "      node object id: 12\n"
+                                            "      OzObjDepNode\n"
+                                            "         object name                   : OzDynObj\n"
+                                            "         target links                  : 1\n"
+                                            "         source links                  : 0\n");
     EXPECT_EQ(recorder.units(), reports(1, "ozobjdependency_debug.cpp"));
   }
   TextJournal journal;
   OzObjDepLink* link = *Probe::node(graph, &a)->target_links.begin();
+  {
+    ReportRecorder const recorder;
+    Probe::debug_node(Probe::node(graph, &a), journal, OZ_DEBUG_DETAIL, 0, true);
+    EXPECT_EQ(journal.take(), "12 [label=\"12 OzDynObj\"];\n");
+    EXPECT_EQ(recorder.units(), reports(1, "ozobjdependency_debug.cpp"));
+  }
   Probe::debug_link(link, journal, OZ_DEBUG_DETAIL, 0, true);
   EXPECT_EQ(journal.text(), "");
   link->node = node;
@@ -679,6 +874,26 @@ TEST(OzObjDependencyDebug, WantsAllNodeFiltersToPass)
   h.graph.remove_debug_node_filters();
 }
 
+TEST(OzObjDependencyDebug, AsksNoFurtherFilterOnceOneHasRefused)
+{
+  Thing a(12);
+  OzObjDependency graph;
+  graph.record_dependency(&a, nullptr, DELETION, nullptr, nullptr);
+  NodeFilter const none([](OzDynObj const*) { return false; });
+  int asked = 0;
+  NodeFilter const counting(
+      [&asked](OzDynObj const*)
+      {
+        ++asked;
+        return true;
+      });
+  graph.add_debug_node_filter(OzObjectDependency::NODE_FILTER_SELF, &none);
+  graph.add_debug_node_filter(OzObjectDependency::NODE_FILTER_SELF, &counting);
+
+  EXPECT_EQ(listed(dump(graph, OZ_DEBUG_CONTENTS)), Ids{});
+  EXPECT_EQ(asked, 0);
+}
+
 /// Tells how much an array has allocated.
 struct FilterTypesCapacity : OzArray<OzObjectDependency::DebugNodeFilterType>
 {
@@ -729,10 +944,15 @@ TEST(OzObjDependencyDebug, ReportsFilterArraysOfDifferentSizeAndUsesTheShorter)
   NodeFilter const none([](OzDynObj const*) { return false; });
   graph.add_debug_node_filter(OzObjectDependency::NODE_FILTER_SELF, &none);
   Probe::filter_types(graph).resize(0, true);
-  ReportRecorder const recorder;
+  ReportRecorder recorder;
 
   EXPECT_EQ(listed(dump(graph, OZ_DEBUG_CONTENTS)), (Ids{"12", "NULL"}));
+  EXPECT_EQ(recorder.units(), reports(4, "ozobjdependency_debug.cpp"));
 
+  recorder.clear();
+  Probe::filter_types(graph).append(OzObjectDependency::NODE_FILTER_SELF);
+  Probe::filters(graph).resize(0, true);
+  EXPECT_EQ(listed(dump(graph, OZ_DEBUG_CONTENTS)), (Ids{"12", "NULL"}));
   EXPECT_EQ(recorder.units(), reports(4, "ozobjdependency_debug.cpp"));
 }
 
