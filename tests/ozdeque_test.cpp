@@ -323,6 +323,14 @@ TEST(OzDeque, GetsALargerMapWhereMoreThanHalfOfItIsNeeded)
   EXPECT_EQ(&deque.front(), front);
   EXPECT_EQ(deque.size(), 320u);
   expect_sound(deque);
+
+  push(deque, 12 * 64 - 320);
+
+  // 13 blocks in the middle of 18 + 18 + 2 entries: the odd one is free at the back.
+  EXPECT_EQ(deque.map_size, 38u);
+  EXPECT_EQ(deque.start_entry(), 12);
+  EXPECT_EQ(deque.finish_entry(), 24);
+  expect_sound(deque);
 }
 
 TEST(OzDeque, MovesToTheMiddleOfTheSameMapWhereItsFrontIsFree)

@@ -104,6 +104,7 @@ TEST(OzFileJournal, CollectsWhatAStringWouldAppend)
   std::mt19937 random(seed);
   Journal journal;
   OzString model;
+  ReportRecorder const recorder;
   for (int step = 0; step < 3000; ++step)
   {
     OzString text("some text");
@@ -154,6 +155,7 @@ TEST(OzFileJournal, CollectsWhatAStringWouldAppend)
         << "seed " << seed << ", step " << step;
     ASSERT_EQ(buffer.length(), model.length()) << "seed " << seed << ", step " << step;
   }
+  EXPECT_THAT(recorder.units(), IsEmpty());
 }
 
 TEST(OzFileJournal, DoublesItsTextWhenItIsGivenItsOwnBuffer)
@@ -184,6 +186,12 @@ TEST(OzFileJournal, StaysWithinItsBufferWhenThatIsChangedThroughAnOldReference)
   buffer.append('\0');
   journal << "?";
   EXPECT_STREQ(journal.text(), "much longer than before!?");
+
+  // The place where the text ended holds a 0 still, far behind its end now.
+  buffer = "short";
+  buffer.resize(40, true);
+  journal << ".";
+  EXPECT_STREQ(journal.text(), "short.");
 }
 
 TEST(OzFileJournal, CollectsBehindATextWithoutATerminator)
@@ -512,6 +520,23 @@ TEST(OzFileJournal, AStreamThatCannotBeClosedIsReportedAndForgotten)
   journal.close();
 
   EXPECT_EQ(recorder.units(), reports(1, "ozfilejournal.cpp"));
+  EXPECT_EQ(journal.file_handle(), nullptr);
+}
+
+TEST(OzFileJournal, AStreamIsForgottenAlsoWhereTheHandlerThrows)
+{
+  struct Refusal
+  {
+    static void refuse(char const*, int) { throw Refusal(); }
+  };
+  Journal journal;
+  journal.open("/dev/full");
+  journal << "no room for this";
+  dkb_assertion_handler = &Refusal::refuse;
+
+  EXPECT_THROW(journal.close(), Refusal);
+
+  dkb_assertion_handler = nullptr;
   EXPECT_EQ(journal.file_handle(), nullptr);
 }
 

@@ -187,7 +187,9 @@ TEST(OzJournal, ReportsAndRefusesABadPrecision)
 
   EXPECT_EQ(journal.precision(), 6);
   EXPECT_STREQ(journal.format(), "%.6f");
+  ReportRecorder const recorder;
   journal.set_precision(1);
+  EXPECT_THAT(recorder.units(), IsEmpty());
   EXPECT_EQ(journal.precision(), 1);
 }
 
@@ -204,7 +206,9 @@ TEST(OzJournal, ReportsAndRefusesANegativeWidth)
 
   EXPECT_EQ(journal.width(), 10);
   EXPECT_STREQ(journal.format(), "%10.6f");
+  ReportRecorder const recorder;
   journal.set_width(0);
+  EXPECT_THAT(recorder.units(), IsEmpty());
   EXPECT_EQ(journal.width(), 0);
   EXPECT_STREQ(journal.format(), "%.6f");
 }
@@ -563,6 +567,13 @@ TEST(OzJournal, ALongNumberIsNeverCut)
   EXPECT_EQ(text.size(), 602u);
   EXPECT_EQ(text.substr(0, 20), "10000000000000000525");
   EXPECT_EQ(text.substr(300), "0." + std::string(300, '0'));
+
+  for (int const precision : {508, 509, 510, 511, 512})
+  {
+    journal.set_precision(precision);
+    journal << 0.5;
+    EXPECT_EQ(journal.take(), "0.5" + std::string(static_cast<std::size_t>(precision) - 1, '0')) << precision;
+  }
 
   for (int const width : {510, 511, 512, 513, 5000})
   {
