@@ -76,6 +76,10 @@ function(oz_add_test_executable source)
   if(NOT arg_TIMEOUT)
     set(arg_TIMEOUT 120)
   endif()
+  if(OZ_COVERAGE)
+    # Without optimisation, and with a counter for each line that all threads share.
+    math(EXPR arg_TIMEOUT "5 * ${arg_TIMEOUT}")
+  endif()
   cmake_path(GET source STEM name)
 
   add_executable(${name} "${source}")
