@@ -13,8 +13,8 @@
 #include <unordered_set>
 #include <vector>
 
-namespace
-{
+// Not in the unnamed namespace: there the compiler would see that no class derives from it, and call its functions
+// directly where the peer asks for them.
 class Record : public OzHashTableNode
 {
 public:
@@ -31,6 +31,8 @@ public:
   std::uint32_t key;
 };
 
+namespace
+{
 class OzTable : public OzHashTable
 {
 public:
