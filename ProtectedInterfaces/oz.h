@@ -11,6 +11,7 @@
 #include "ozarray.h"
 #include "ozassert.h"
 #include "ozattrib.h"
+#include "ozchunk.h"
 #include "ozcompare.h"
 #include "ozdebug.h"
 #include "ozdeque.h"
