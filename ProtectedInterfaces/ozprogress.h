@@ -35,6 +35,8 @@ public:
   /// Counts all events of the span and shows the end of the range, unless cancelled.
   void finish();
 
+  /// Where the events so far lie, cut to a whole percentage: above the range if that was lowered meanwhile,
+  /// and the greatest number where a range was set so high that they lie above it.
   unsigned current_progress_percentage() const;
 
   /// Asks whether the user has cancelled. Once seen, a cancellation stays until the next `initialize`.

@@ -1,13 +1,16 @@
 #include "ozprogress.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace
 {
-// A range may have been set the wrong way round, and then half of its width can lie below 0.
+// A range may have been set the wrong way round, and then half of its width can lie below 0; or so high that
+// the events counted lie above every number.
 unsigned whole_percentage(double percentage)
 {
-  return percentage > 0 ? static_cast<unsigned>(percentage) : 0;
+  double const greatest = std::numeric_limits<unsigned>::max();
+  return percentage > 0 ? static_cast<unsigned>(std::min(percentage, greatest)) : 0;
 }
 } // namespace
 
@@ -70,7 +73,7 @@ void OzProgressHandler::finish()
 
 unsigned OzProgressHandler::current_progress_percentage() const
 {
-  return static_cast<unsigned>(current_ * step_ + range_start_);
+  return whole_percentage(current_ * step_ + range_start_);
 }
 
 bool OzProgressHandler::is_cancelled()

@@ -177,6 +177,27 @@ TEST(OzProgressHandler, LeavesTheEndOfARangeThatWasNarrowedMeanwhileToFinish)
   EXPECT_EQ(display.shown, (Percentages{0, 49, 50}));
 }
 
+TEST(OzProgressHandler, StaysWithinNumbersWhereARangeIsTooHighForItsEvents)
+{
+  unsigned const greatest = std::numeric_limits<unsigned>::max();
+  Display display;
+  display.initialize(99);
+
+  display.set_range(greatest - 5, greatest);
+  display.update_progress(5);
+  EXPECT_EQ(display.current_progress_percentage(), 4294967295u);
+  EXPECT_EQ(display.shown, Percentages{0}) << "the end is left to finish";
+  display.update_progress(90);
+  EXPECT_EQ(display.current_progress_percentage(), 4294967295u);
+
+  display.set_range(greatest - 100, greatest);
+  EXPECT_EQ(display.current_progress_percentage(), 4294967290u);
+  display.update_progress(1);
+  EXPECT_EQ(display.shown, (Percentages{0, 4294967291u}));
+  display.finish();
+  EXPECT_EQ(display.shown, (Percentages{0, 4294967291u, 4294967295u}));
+}
+
 TEST(OzProgressHandler, RaisesARangeToWhatWasShown)
 {
   Display display;
@@ -372,6 +393,19 @@ TEST(OzAsymptoticProgressIndicator, RaisesItsFirstStageToWhatTheParentHasShown)
   OzAsymptoticProgressIndicator const indicator(&display, 4);
 
   EXPECT_EQ(range_of(display), std::make_pair(99u, 99u));
+}
+
+TEST(OzAsymptoticProgressIndicator, StaysWithinNumbersWhereItsParentsRangeIsTooHigh)
+{
+  Display display;
+  display.set_range(0, std::numeric_limits<unsigned>::max() - 1);
+  OzAsymptoticProgressIndicator indicator(&display, 1);
+  EXPECT_EQ(range_of(display), std::make_pair(0u, 2147483647u));
+
+  display.set_range(10, std::numeric_limits<unsigned>::max() - 1);
+  indicator.indicate_next_event();
+
+  EXPECT_EQ(range_of(display), std::make_pair(4294967294u, 4294967295u));
 }
 
 TEST(OzAsymptoticProgressIndicator, DoesNotPutTheRangeOfItsParentBack)
