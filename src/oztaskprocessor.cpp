@@ -2,6 +2,7 @@
 
 #include "lumthreads.h"
 #include "ozmutex.h"
+#include "oztaskprocessor_p.h"
 
 OzReleaseTaskProcessorLocal::~OzReleaseTaskProcessorLocal() = default;
 
@@ -10,6 +11,21 @@ std::uint64_t OzTaskProcessor::Id_ = 0;
 // Never destroyed: a thread that still runs while the process ends unbinds itself.
 OzMap<LumThreads*, OzTaskProcessor*>& OzTaskProcessor::processor_map =
     *new OzMap<LumThreads*, OzTaskProcessor*>;
+
+namespace
+{
+void set_to_minus_one(int* value)
+{
+  *value = -1;
+}
+} // namespace
+
+// Never destroyed, as processor_map.
+OzTaskProcessorDkbLocal<int>* const dkb_unread_locals = new OzTaskProcessorDkbLocal<int>[DKB_UNREAD_LOCALS]
+{
+  OzTaskProcessorDkbLocal<int>(&set_to_minus_one), OzTaskProcessorDkbLocal<int>(&set_to_minus_one),
+      OzTaskProcessorDkbLocal<int>(&set_to_minus_one)
+};
 
 OzTaskProcessor::OzTaskProcessor()
   : id_(0)

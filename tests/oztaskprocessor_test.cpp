@@ -2,12 +2,14 @@
 #include "ozdynobj.h"
 #include "ozmutex.h"
 #include "oztaskprocessor.h"
+#include "oztaskprocessor_p.h"
 
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <future>
 #include <memory>
+#include <new>
 #include <thread>
 #include <vector>
 
@@ -80,6 +82,14 @@ void take_the_lock(Counted* value)
   OzMutexId const takes_the_lock;
   value->number = 5;
 }
+
+/// A value that there is never memory for, other than as a part of something.
+struct Unaffordable
+{
+  int number = 4;
+  static void* operator new(std::size_t, std::nothrow_t const&) noexcept { return nullptr; }
+  static void operator delete(void*) noexcept {}
+};
 
 /// Notes in which order it is released.
 class Released : public OzReleaseTaskProcessorLocal
@@ -331,6 +341,38 @@ TEST(OzTaskProcessorDkbLocal, ReleasesWithoutEffectWhatItDoesNotHave)
   local.Release(&processor);
 
   EXPECT_EQ(local.values_.size(), 0u);
+}
+
+TEST(OzTaskProcessorDkbLocal, HasNoValueWhereThereIsNoMemoryForIt)
+{
+  Local<Unaffordable> local;
+  Processor processor;
+  Unaffordable* value = &local.main_value_;
+
+  run_bound(processor,
+            [&]
+            {
+              value = local.Value();
+              EXPECT_EQ(local.values_.size(), 0u);
+            });
+
+  EXPECT_EQ(value, nullptr);
+  EXPECT_EQ(local.peak_count_, 0u);
+  EXPECT_EQ(local.Value()->number, 4) << "the shared one is a part of the local";
+}
+
+TEST(OzTaskProcessorDkbLocal, OfTheLibraryItselfHasThreeNumbersThatAreMinusOneAtFirst)
+{
+  Processor processor;
+  std::vector<int> values;
+
+  for (int i = 0; i < DKB_UNREAD_LOCALS; ++i)
+  {
+    EXPECT_EQ(*dkb_unread_locals[i].Value(), -1);
+    run_bound(processor, [&] { values.push_back(*dkb_unread_locals[i].Value()); });
+  }
+
+  EXPECT_EQ(values, (std::vector<int>{-1, -1, -1}));
 }
 
 TEST(OzTaskProcessorDkbLocal, HoldsArrays)
