@@ -7,6 +7,7 @@
 
 #include <ctime>
 #include <functional>
+#include <new>
 #include <string>
 #include <thread>
 
@@ -16,6 +17,7 @@
 namespace
 {
 std::clock_t clock_now = 0;
+int tables_that_get_memory = -1; // below 0: all
 
 class Processor : public OzTaskProcessor
 {
@@ -50,6 +52,17 @@ char file[] = "edges.cpp";
 extern "C" __attribute__((visibility("default"))) std::clock_t clock() noexcept
 {
   return clock_now;
+}
+
+// What the tables of a thread are made by.
+void* operator new(std::size_t size, std::nothrow_t const&) noexcept
+{
+  if (tables_that_get_memory == 0)
+    return nullptr;
+
+  if (tables_that_get_memory > 0)
+    --tables_that_get_memory;
+  return ::operator new(size);
 }
 
 TEST(OzTimes, ReportsWhenAPairCloses)
@@ -251,4 +264,38 @@ TEST(OzTimes, PrintsLongFiguresWhole)
       });
 
   EXPECT_NE(text.find("start 00001 12345678 (edges.cpp : 123456)\n"), std::string::npos) << text;
+}
+
+TEST(OzTimes, GivesUpACallWithoutMemoryForTheTablesOfItsThread)
+{
+  int start = -1;
+  int end = -1;
+  for (int tables = 0; tables < 8; ++tables)
+  {
+    ReportRecorder const recorder;
+    std::string const text = error_text_of(
+        [&]
+        {
+          tables_that_get_memory = tables;
+          time_start(start, sorting, file, 10);
+          tables_that_get_memory = -1;
+        });
+    EXPECT_EQ(text, "");
+    EXPECT_EQ(start, -1);
+    EXPECT_EQ(recorder.units(), reports(1, "oz_times.cpp")) << tables << " of 8";
+  }
+  for (int tables = 0; tables < 11; ++tables)
+  {
+    ReportRecorder const recorder;
+    std::string const text = error_text_of(
+        [&]
+        {
+          tables_that_get_memory = tables;
+          time_end(end, file, 20);
+          tables_that_get_memory = -1;
+        });
+    EXPECT_EQ(text, "");
+    EXPECT_EQ(end, -1);
+    EXPECT_EQ(recorder.units(), reports(1, "oz_times.cpp")) << tables << " of 11";
+  }
 }
