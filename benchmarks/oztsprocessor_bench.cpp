@@ -44,7 +44,8 @@ void work_a_while(int seed)
 struct Piece
 {
   void (*work)(int) = nullptr;
-  bool enters = false; // puts its number into a map that all share
+  bool enters = false;        // puts its number into a map that all share
+  bool keeps_request = false; // in a job: the request by which it does so is a part of the task
 };
 
 /// Pieces as tasks of a job; the map is behind a service.
@@ -62,12 +63,16 @@ public:
     std::unique_ptr<OzTaskService> server;
     if (piece.enters)
     {
-      OzTaskService* service = new Service(entered);
+      OzTaskService* service = new Service(entered, !piece.keeps_request);
       server.reset(job->SetService(service, 64));
     }
     for (int i = 0; i < count; ++i)
     {
-      OzTask* task = new Task(piece, i);
+      OzTask* task = nullptr;
+      if (piece.keeps_request)
+        task = new KeepingTask(piece, i);
+      else
+        task = new Task(piece, i);
       job->AddTask(task);
     }
     job->Wait();
@@ -96,21 +101,24 @@ private:
   class Service : public OzTaskService
   {
   public:
-    explicit Service(std::map<int, int>& map)
+    Service(std::map<int, int>& map, bool owns_its_requests)
       : entered(map)
+      , owns_requests(owns_its_requests)
     {
     }
     bool Process(OzTaskServiceRequest*& request) override
     {
       int const number = static_cast<Request*>(request)->number;
       entered[number] = number;
-      delete request;
+      if (owns_requests)
+        delete request;
       request = nullptr;
       return true;
     }
 
   private:
     std::map<int, int>& entered;
+    bool const owns_requests;
   };
 
   class Task : public OzTask
@@ -135,6 +143,29 @@ private:
   private:
     Piece const& piece;
     int const number;
+  };
+
+  /// A task lives until the job was waited for, so its request may be a part of it.
+  class KeepingTask : public OzTask
+  {
+  public:
+    KeepingTask(Piece const& its_piece, int its_number)
+      : piece(its_piece)
+      , request(its_number)
+    {
+    }
+    bool Execute(OzTaskService* service) override
+    {
+      if (piece.work != nullptr)
+        piece.work(request.number);
+      OzTaskServiceRequest* sent = &request;
+      return service->Process(sent);
+    }
+    bool Execute() override { return false; }
+
+  private:
+    Piece const& piece;
+    Request request;
   };
 
   class Noting : public OzTask
@@ -382,13 +413,19 @@ void EmptyTasks(benchmark::State& state)
 template <class Peer>
 void ShortTasks(benchmark::State& state)
 {
-  run_pieces<Peer>(state, Piece{&work_a_while, false});
+  run_pieces<Peer>(state, Piece{&work_a_while, false, false});
 }
 
 template <class Peer>
 void OneRequestEach(benchmark::State& state)
 {
-  run_pieces<Peer>(state, Piece{nullptr, true});
+  run_pieces<Peer>(state, Piece{nullptr, true, false});
+}
+
+template <class Peer>
+void OneKeptRequestEach(benchmark::State& state)
+{
+  run_pieces<Peer>(state, Piece{nullptr, true, true});
 }
 
 /// From the hand-over of a piece, when nothing is under way, to its first instruction.
@@ -425,6 +462,12 @@ void FirstInstruction(benchmark::State& state)
   BENCHMARK(FirstInstruction<Peer>)->UseManualTime()->Unit(benchmark::kMicrosecond)
 
 OZ_BENCHMARK_PEER(OzPeer, 200000);
+BENCHMARK(OneKeptRequestEach<OzPeer>)
+    ->Args({1, 20000})
+    ->Args({2, 20000})
+    ->MeasureProcessCPUTime()
+    ->UseRealTime()
+    ->Unit(benchmark::kMillisecond);
 OZ_BENCHMARK_PEER(PoolPeer, 200000);
 OZ_BENCHMARK_PEER(AsyncPeer, 20000); // ten times as many would take ten times as long, each a thread's start
 #ifdef OZ_BENCHMARK_TBB

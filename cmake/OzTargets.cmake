@@ -51,6 +51,8 @@ function(oz_add_library name)
   add_library(${name} SHARED ${arg_SOURCES})
   add_library(oz::${name} ALIAS ${name})
   oz_compile_options(${name})
+  # Nobody replaces single functions of the libraries by others of the same name: calls within them are direct.
+  target_compile_options(${name} PRIVATE -fno-semantic-interposition)
   target_compile_features(${name} PUBLIC cxx_std_17)
   target_sources(${name} PUBLIC
     FILE_SET HEADERS
