@@ -194,10 +194,11 @@ private:
   template <Records RECORDS>
   void turn_right(OzRBTreeNode* x);
   template <Records RECORDS>
-  void renew_turned(OzRBTreeNode* x, OzRBTreeNode* y);
+  void renew_turned(OzRBTreeNode* lower, OzRBTreeNode* upper, OzRBTreeNode* other_right);
   void renew_right_most(OzRBTreeNode* n);
   void renew_in_strict_order(OzRBTreeNode* n);
-  void renew_while_changing(OzRBTreeNode* n, OzRBTreeNode* moved);
+  void record_last(OzRBTreeNode* z);
+  void renew_while_changing(OzRBTreeNode* n);
   OzRBTreeNode* find_all_step(OzRBTreeNode const* query, OzRBTreeNode* x) const;
 };
 

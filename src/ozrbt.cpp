@@ -91,7 +91,8 @@ void OzRBTree::insert_below(OzRBTreeNode* z, OzRBTreeNode* parent, bool on_the_r
 {
   attach(z, parent, on_the_right);
   z->right_most_ = z;
-  renew_while_changing(parent, nullptr);
+  if (on_the_right)
+    record_last(z);
   z->color = RED;
   insert_fixup<Records::CHANGED>(z);
 }
@@ -204,9 +205,9 @@ void OzRBTree::remove_node(OzRBTreeNode* z)
   if (RECORDS == Records::CHANGED)
   {
     // Before the repair, since its rotations rely on records that are right.
-    renew_while_changing(parent, nullptr);
+    renew_while_changing(parent);
     if (y != z)
-      renew_while_changing(z, z);
+      renew_while_changing(z);
   }
   if (y->color == BLACK)
     delete_fixup<RECORDS>(x);
@@ -413,7 +414,7 @@ void OzRBTree::turn_left(OzRBTreeNode* x)
   replace_child(x->parent_, x, y);
   y->left_ = x;
   x->parent_ = y;
-  renew_turned<RECORDS>(x, y);
+  renew_turned<RECORDS>(x, y, x);
 }
 
 template <OzRBTree::Records RECORDS>
@@ -427,26 +428,26 @@ void OzRBTree::turn_right(OzRBTreeNode* x)
   replace_child(x->parent_, x, y);
   y->right_ = x;
   x->parent_ = y;
-  renew_turned<RECORDS>(x, y);
+  renew_turned<RECORDS>(x, y, y);
 }
 
-// After `y` has been turned up into the place of `x`.
+// After `upper` has been turned up into the place of `lower`, by which `other_right` has got another child on
+// the right.
 template <OzRBTree::Records RECORDS>
-void OzRBTree::renew_turned(OzRBTreeNode* x, OzRBTreeNode* y)
+void OzRBTree::renew_turned(OzRBTreeNode* lower, OzRBTreeNode* upper, OzRBTreeNode* other_right)
 {
   if (RECORDS == Records::ALL)
   {
-    update_max(x);
-    update_max(y);
+    update_max(lower);
+    update_max(upper);
   }
   if (RECORDS == Records::CHANGED)
   {
-    // Both stand for the same nodes as before. Only of equal keys another one may come first now.
-    OzRBTreeNode* const before = x->right_most_;
-    renew_in_strict_order(x);
-    renew_in_strict_order(y);
-    if (y->right_most_ != before)
-      renew_while_changing(y->parent_, nullptr);
+    // The place stands for the same nodes as before. Only of equal keys another one may come first now.
+    OzRBTreeNode* const before = lower->right_most_;
+    renew_in_strict_order(other_right);
+    if (upper->right_most_ != before)
+      renew_while_changing(upper->parent_);
   }
 }
 
@@ -459,23 +460,40 @@ void OzRBTree::renew_right_most(OzRBTreeNode* n)
     n->right_most_ = n->right_->right_most_;
 }
 
-// Nothing on the left is greater than `n`, and of equal keys that of `n` comes first.
+// Nothing on the left is greater than `n`, and of equal keys that of `n` comes first. So the record follows
+// from the node on the right alone. If that one has a greater node below it, it is greater than `n` too:
+// then no key is looked at, which would often not be in the cache.
 void OzRBTree::renew_in_strict_order(OzRBTreeNode* n)
 {
+  OzRBTreeNode* const right = n->right_;
   n->right_most_ = n;
-  if (n->right_ != nil && !n->right_most_ge(n->right_))
-    n->right_most_ = n->right_->right_most_;
+  if (right != nil && (right->right_most_ != right || !n->right_most_ge(right)))
+    n->right_most_ = right->right_most_;
 }
 
-// Goes up from `n` as long as a record changes, or is `moved`, whose key is another one now. Further up
-// every record follows from what it followed from before.
-void OzRBTree::renew_while_changing(OzRBTreeNode* n, OzRBTreeNode* moved)
+// `z` has become a right child where there was none, and so the last node of each subtree up to the first that
+// is a left one. There it is the greatest, unless all from the top of the subtree on are equal to it.
+void OzRBTree::record_last(OzRBTreeNode* z)
+{
+  OzRBTreeNode* n = z;
+  for (OzRBTreeNode* above = n->parent_; is_node(above) && n == above->right_; above = n->parent_)
+  {
+    if (above->right_most_ == above && above->right_most_ge(z))
+      return;
+    above->right_most_ = z;
+    n = above;
+  }
+}
+
+// Goes up from `n` as long as a record changes. Further up every record follows from what it followed from
+// before.
+void OzRBTree::renew_while_changing(OzRBTreeNode* n)
 {
   for (; is_node(n); n = n->parent_)
   {
     OzRBTreeNode* const before = n->right_most_;
     renew_in_strict_order(n);
-    if (n->right_most_ == before && before != moved)
+    if (n->right_most_ == before)
       return;
   }
 }
