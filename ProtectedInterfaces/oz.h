@@ -5,6 +5,7 @@
 /// Everything that the library offers, for clients that would rather wait for the compiler than choose. The
 /// library itself includes what it uses.
 
+#include "oz_combinatorics.h"
 #include "oz_times.h"
 #include "oz_utils.h"
 #include "ozaddressset.h"
@@ -24,6 +25,7 @@
 #include "ozhash.h"
 #include "ozheap.h"
 #include "ozinterface.h"
+#include "ozinterval.h"
 #include "oziterator.h"
 #include "ozjob.h"
 #include "ozjournal.h"

@@ -1,11 +1,13 @@
 #ifndef OZ_UTILS_H
 #define OZ_UTILS_H
 
+#include "ozarray.h"
 #include "ozexport.h"
 #include "ozstring.h"
 
 #include <vector>
 
+class OzInterval;
 class OzResult;
 
 /// A text of `n` blanks; empty if `n` is below 1.
@@ -28,5 +30,60 @@ OZ_EXPORT std::vector<OzString> oz_split(OzString const& s, char const* delimite
 /// The number of the result's error condition as it is stored, -1 if there is none. Unlike
 /// OzErr::error_number() it asks neither for a package nor for the range of a number.
 OZ_EXPORT int oz_error_number(OzResult const& result);
+
+/// Which end of a period a value on its boundary belongs to. Any other value leaves it where it is.
+enum OzEvalLimit : int
+{
+  OzEvalFromBelow = 0, ///< the period is open below: a value at its lower end goes to the upper end
+  OzEvalFromAbove = 1  ///< the period is open above: a value at its upper end goes to the lower end
+};
+
+/// Splits `value` into a representative in the period that starts at `base` and the number of periods between
+/// them, so that value == result + count * period.
+///
+/// From `base` up the representative lies in [base, base + period), below it in (base, base + period]: a value
+/// whole periods below `base` gets base + period and not base. A `period` of 0 is divided by, unguarded. Both
+/// results are cut to 32 bits.
+OZ_EXPORT void oz_congruence_info(int value, int period, int base, int& result, int& count);
+
+/// The same for numbers with a fraction, but here `count` runs the other way: as the number of periods that
+/// were added to `value`, so that result is value + count * period, up to the rounding of repeated additions.
+///
+/// A value within the period, its ends included, stays as it is; one at an end then goes where `limit` says.
+///
+/// Cost: one addition a period. It never ends for a value outside the period where adding `period` doesn't
+/// bring it nearer: if `period` is 0 or below, or so small that the addition is lost in rounding, or `value`
+/// is infinite.
+OZ_EXPORT void oz_congruence_info(double value, double period, double base, double& result, int& count,
+                                  OzEvalLimit limit);
+
+/// Wraps an angle in radians into [-pi, pi).
+///
+/// Reports: an angle of 5 pi or more, or below -5 pi. It has run away and is not wrapped but replaced, by -pi.
+OZ_EXPORT void oz_rerange(double& angle);
+
+/// Wraps `value` into the period, its start included and its end not. Under a period of length 0 and an empty
+/// one the value stays as it is.
+///
+/// A value so little below the start that adding a period rounds to the end gives the end.
+///
+/// Reports: a value more than two periods outside, which is replaced by an end of the period, and so becomes
+/// the start, up to rounding. Two periods above the end is reported, two below the start is not.
+OZ_EXPORT void oz_rerange(double& value, OzInterval const& period);
+
+/// The value at fraction `t` of the way from `a` to `b` on a circle of which `period` is one turn, going the
+/// shorter way round; of two equal ways the one upwards. The result is wrapped into the period as by
+/// oz_rerange(value, period), with the same reports.
+OZ_EXPORT double oz_rerange(double a, double b, double t, OzInterval const& period);
+
+/// Maps each value from the range `from` to the range `to`, the ends exactly.
+///
+/// With a `scale`, the ends of `from` are multiplied by it before a value is compared with them; the length
+/// of `from`, by which is divided, is not. Null, and a scale of exactly 1, stand for no scale.
+///
+/// A value within 1e-12 of an end of `from` becomes that end of `to`, the start first. Any other becomes the
+/// middle of `to` if `from` is shorter than 1e-20.
+OZ_EXPORT void oz_linear_function_evaluate(OzArray<double>& values, OzInterval const& from,
+                                           OzInterval const& to, double const* scale);
 
 #endif

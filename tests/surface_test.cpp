@@ -126,6 +126,19 @@ TEST(Surface, HasTheFunctionsForResults)
   EXPECT_TRUE(is_there<char const* (*)(OzString const* const&, int)>(&OzErr::translate_error_number));
 }
 
+TEST(Surface, HasTheFunctionsForNumbers)
+{
+  EXPECT_TRUE(is_there<double (*)(int, int)>(&oz_binomial_coeff));
+  EXPECT_TRUE(is_there<void (*)(int, int, int, int&, int&)>(&oz_congruence_info));
+  EXPECT_TRUE(is_there<void (*)(double, double, double, double&, int&, OzEvalLimit)>(&oz_congruence_info));
+  EXPECT_TRUE(is_there<void (*)(double&)>(&oz_rerange));
+  EXPECT_TRUE(is_there<void (*)(double&, OzInterval const&)>(&oz_rerange));
+  EXPECT_TRUE(is_there<double (*)(double, double, double, OzInterval const&)>(&oz_rerange));
+  typedef OzArray<double> Numbers;
+  EXPECT_TRUE(is_there<void (*)(Numbers&, OzInterval const&, OzInterval const&, double const*)>(
+      &oz_linear_function_evaluate));
+}
+
 TEST(Surface, HasTheFunctionsForTiming)
 {
   EXPECT_TRUE(is_there<void (*)(int&, char*, char*, int)>(&time_start));
