@@ -8,8 +8,8 @@ usage: check_layout.py COMPILER TABLE INCLUDE_DIR...
 
 Asks the compiler for the debug information of the classes that TABLE names, and compares. TABLE says what clients
 that were built earlier rely upon, so a difference is an error in the classes; how it is written is told at its
-beginning. With --complete no compiler is asked: each exported class of the headers must be in TABLE. With --self-test small classes are held against tables that are wrong on purpose, and each difference must
-be found.
+beginning. With --complete no compiler is asked: each exported class of the headers must be in TABLE. With --self-test
+small classes are held against tables that are wrong on purpose, and each difference must be found.
 
 Exit: 0 all as the table says, 1 something is not, 2 wrong usage, 77 skipped, since the platform is not x86-64 or a
 tool is missing.
@@ -26,7 +26,7 @@ from pathlib import Path
 # How debug information spells them, beside how the table does.
 SPELLINGS = (("std::__cxx11::", "std::"), ("std::size_t", "unsigned long"), ("std::uint64_t", "unsigned long"),
              ("std::int64_t", "long"), ("long unsigned int", "unsigned long"), ("long int", "long"),
-             ("short int", "short"))
+             ("short int", "short"), ("_IO_FILE", "FILE"))
 
 
 class Expected:
@@ -38,7 +38,7 @@ class Expected:
         self.bases = []  # (name, offset)
         self.size = None
         self.slots = []  # new ones, in order; a destructor has two entries
-        self.fields = []  # (name, offset or None)
+        self.fields = []  # (name, offset or None, type or None)
         self.more = False  # whether other fields may follow
 
 
@@ -81,8 +81,8 @@ def read_table(text):
         elif words[0] == "slot":
             classes[-1].slots.append(words[1].strip())
         elif words[0] == "field":
-            offset, name = words[1].split()
-            classes[-1].fields.append((name, None if offset == "-" else int(offset)))
+            offset, name, kind = words[1].split(None, 2)
+            classes[-1].fields.append((name, None if offset == "-" else int(offset), None if kind == "-" else kind))
         elif line.strip() == "more":
             classes[-1].more = True
         else:
@@ -113,6 +113,7 @@ class Entry:
 
     def __init__(self, tag):
         self.tag = tag
+        self.scope = None  # the namespace or class around it
         self.attributes = {}
         self.children = []
 
@@ -133,8 +134,8 @@ def value_of(text):
     text = text.rstrip()
     text = re.sub(r"^\((?:indirect (?:line )?string|alt indirect string), offset: 0x\w+\): ", "", text)
     text = re.sub(r"^\((?:strp|line_strp|strx\d?)\) \((?:offset|indexed string): 0x\w+\): ", "", text)
-    return re.sub(r"^\((?:string|data\d|udata|sdata|ref\d|flag_present|flag|exprloc|implicit_const|addr|sec_offset)\) ?",
-                  "", text)
+    return re.sub(r"^\((?:string|data\d|udata|sdata|ref\d|flag|flag_present|exprloc|implicit_const|addr|sec_offset)\) ?", "",
+                  text)
 
 
 def parse(dump):
@@ -155,6 +156,7 @@ def parse(dump):
             del path[depth:]
             if path:
                 path[-1].children.append(entry)
+                entry.scope = path[-1]
             path.append(entry)
             if entry.tag in ("DW_TAG_class_type", "DW_TAG_structure_type"):
                 classes.append(entry)
@@ -171,6 +173,37 @@ def referred(entries, entry):
     while target is not None and target.tag == "DW_TAG_typedef":
         target = referred(entries, target)
     return target
+
+
+def type_text(entries, entry):
+    """A type as source text; of a typedef, what it stands for."""
+    if entry is None:
+        return "void"
+    kind = entry.tag
+    target = referred(entries, entry)
+    if kind == "DW_TAG_pointer_type":
+        if target is not None and target.tag == "DW_TAG_subroutine_type":
+            arguments = [type_text(entries, referred(entries, child)) for child in target.children
+                         if child.tag == "DW_TAG_formal_parameter"]
+            return "%s(*)(%s)" % (type_text(entries, referred(entries, target)), ", ".join(arguments))
+        return type_text(entries, target) + "*"
+    if kind == "DW_TAG_reference_type":
+        return type_text(entries, target) + "&"
+    if kind == "DW_TAG_const_type":
+        return type_text(entries, target) + " const"
+    if kind == "DW_TAG_array_type":
+        bound = entry.children[0]
+        count = bound.number("DW_AT_count")
+        if count is None:
+            count = bound.number("DW_AT_upper_bound") + 1
+        return "%s[%d]" % (type_text(entries, target), count)
+    scopes = []
+    scope = entry.scope
+    while scope is not None and scope.tag in ("DW_TAG_namespace", "DW_TAG_class_type", "DW_TAG_structure_type"):
+        if scope.name() != "__cxx11":
+            scopes.insert(0, scope.name())
+        scope = scope.scope
+    return "::".join(scopes + [entry.name()])
 
 
 def spelled_out(names):
@@ -204,7 +237,8 @@ def layouts(dump, wanted):
                 found.bases.append((base.name(), child.number("DW_AT_data_member_location")))
             elif child.tag == "DW_TAG_member" and "DW_AT_data_member_location" in child.attributes:
                 if not child.name().startswith("_vptr"):
-                    found.fields.append((child.name(), child.number("DW_AT_data_member_location")))
+                    found.fields.append((child.name(), child.number("DW_AT_data_member_location"),
+                                         type_text(entries, referred(entries, child))))
             elif child.tag == "DW_TAG_subprogram" and child.name().startswith("~"):
                 # Where its two entries are is not said; it shows in the places of the others.
                 found.has_virtual_destructor = "DW_AT_virtuality" in child.attributes
@@ -265,16 +299,21 @@ def differences(classes, found):
             if slots.get(slot) != slots_found.get(slot):
                 yield "%s: slot %d should be %s and is %s" % (where, slot, slots.get(slot), slots_found.get(slot))
 
-        names = [field for field, _ in c.fields]
-        names_found = [field for field, _ in f.fields]
+        names = [field[0] for field in c.fields]
+        names_found = [field[0] for field in f.fields]
         if c.more:
             names_found = names_found[:len(names)]
         if names != names_found:
             yield "%s: fields should be %s and are %s" % (where, names, names_found)
             continue
-        for (field, offset), (_, offset_found) in zip(c.fields, f.fields):
+        for (field, offset, kind), (_, offset_found, kind_found) in zip(c.fields, f.fields):
             if offset is not None and offset != offset_found:
                 yield "%s: field %s should be at %d and is at %d" % (where, field, offset, offset_found)
+            if kind is None:
+                continue
+            kind, kind_found = squeezed(kind), squeezed(kind_found)
+            if kind != kind_found:
+                yield "%s: field %s should be of type %s and is %s" % (where, field, kind, kind_found)
 
 
 def check(compiler, table, includes, prelude='#include "oz.h"\n'):
@@ -286,58 +325,63 @@ def check(compiler, table, includes, prelude='#include "oz.h"\n'):
 
 OWN_CLASSES = """
 template <class T> struct Pair { T first; T second; virtual ~Pair() = default; };
-class A { public: virtual ~A(); virtual int f(int) const; virtual int f(int); private: char c; };
+class A { public: virtual ~A(); virtual int f(int) const; virtual int f(int); private: enum Kind { ONE }; Kind c; };
 class B { public: virtual void g(Pair<int> const&, char const* const) = 0; virtual ~B(); double d; };
-class C : public A, public B { public: void g(Pair<int> const&, char const* const) override; int e; };
-struct E { char one; char two; char three; };
+class C : public A, public B
+{ public: void g(Pair<int> const&, char const* const) override; typedef int (*F)(char const&); F e; };
+struct E { char one; char two[2]; char three; };
 """
 
 OWN_TABLE = """
 class Pair<int>
   size 16
   slot destructor
-  field 8 first
-  field 12 second
+  field 8 first int
+  field 12 second int
 class A
   size 16
   slot destructor
   slot f(int) const
   slot f(int)
-  field 8 c
+  field 8 c A::Kind
 class B
   size 16
   slot g(Pair<int> const&, char const*)
   slot destructor
-  field 8 d
+  field 8 d double
 class C
   base A 0
   base B 16
   size 40
   slot g(Pair<int> const&, char const*)
-  field 32 e
+  field 32 e int(*)(char const&)
 class E
-  size 3
-  field - one
-  field 1 two
+  size 4
+  field - one -
+  field 1 two char[2]
   more
 """
 
 # A change of the table, and what must be said about it.
 WRONG = (
     ("  size 40", "  size 48", "size should be 48 and is 40"),
-    ("  field 8 c", "  field 9 c", "field c should be at 9 and is at 8"),
-    ("  field 8 first\n  field 12 second", "  field 8 second\n  field 12 first", "fields should be"),
-    ("  field 8 d\n", "", "fields should be [] and are ['d']"),
+    ("  field 8 c A", "  field 9 c A", "field c should be at 9 and is at 8"),
+    ("c A::Kind", "c int", "field c should be of type int and is A::Kind"),
+    ("e int(*)(char const&)", "e int(*)(char&)", "field e should be of type int(*)(char&) and is int(*)(char const&)"),
+    ("two char[2]", "two char[3]", "field two should be of type char[3] and is char[2]"),
+    ("  field 8 first int\n  field 12 second", "  field 8 second int\n  field 12 first", "fields should be"),
+    ("  field 8 d double\n", "", "fields should be [] and are ['d']"),
     ("  slot f(int) const\n  slot f(int)\n", "  slot f(int)\n  slot f(int) const\n", "slot 2 should be f(int)"),
     ("  slot f(int)\n", "", "slot 3 should be None and is f(int)"),
     ("  slot f(int)\n", "  slot f(long)\n", "slot 3 should be f(long)"),
-    ("  slot g(Pair<int> const&, char const*)\n  slot destructor\n", "  slot destructor\n  slot g(Pair<int> const&, char const*)\n",
+    ("  slot g(Pair<int> const&, char const*)\n  slot destructor\n",
+     "  slot destructor\n  slot g(Pair<int> const&, char const*)\n",
      "slot 2 should be g"),
     ("  slot f(int) const\n", "  slot destructor\n  slot f(int) const\n", "slot 2 should be None"),
     ("  base A 0\n  base B 16\n", "  base B 0\n  base A 16\n", "bases should be"),
     ("  base B 16", "  base B 24", "bases should be"),
     ("  more\n", "", "E (line 24): fields should be"),
-    ("  field 1 two\n", "  field 1 three\n", "E (line 24): fields should be"),
+    ("  field 1 two", "  field 1 three", "E (line 24): fields should be"),
     ("class B\n", "class D\n", "D (line 13): no such class"),
     ("class A\n", "class D\n", "C (line 18): one of its bases is not in the table"),
 )
