@@ -294,6 +294,14 @@ TEST(Surface, PlainClassesHaveTheirOperations)
   EXPECT_TRUE(is_there<bool (OzVersionStamp::*)(OzVersionStamp const&)>(&OzVersionStamp::operator>=));
   EXPECT_TRUE(
       is_there<bool (*)(OzOperationBehaviour*, OzVersionStamp const&)>(&OzVersioning::active_modification));
+  typedef OzChunk*& Chunks;
+  EXPECT_TRUE(
+      is_there<OzChunk* (*)(std::uint64_t&, std::uint64_t, std::uint64_t, OzJournal*)>(&OzChunk::get_chunk));
+  EXPECT_TRUE(is_there<void* (*)(std::uint64_t&, Chunks, Chunks, std::uint64_t, std::uint64_t, OzJournal*)>(
+      &OzChunk::OzChunkMalloc));
+  EXPECT_TRUE(is_there<void (*)(Chunks, void*, bool, Chunks, OzJournal*)>(&OzChunk::OzChunkFree));
+  EXPECT_TRUE(is_there<void (*)(Chunks, Chunks, bool, OzJournal*)>(&OzChunk::OzChunkReinit));
+  EXPECT_TRUE(is_there<void (*)(Chunks, OzJournal*)>(&OzChunk::OzChunkClear));
   OzMutexId const id;
   EXPECT_NE(id.Id(), 0u);
   OzCriticalDkbRegion const region;

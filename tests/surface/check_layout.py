@@ -81,8 +81,9 @@ def read_table(text):
         elif words[0] == "slot":
             classes[-1].slots.append(words[1].strip())
         elif words[0] == "field":
-            offset, name, kind = words[1].split(None, 2)
-            classes[-1].fields.append((name, None if offset == "-" else int(offset), None if kind == "-" else kind))
+            offset, name, *kind = words[1].split(None, 2)
+            classes[-1].fields.append((name, None if offset == "-" else int(offset),
+                                       kind[0] if kind and kind[0] != "-" else None))
         elif line.strip() == "more":
             classes[-1].more = True
         else:
@@ -134,8 +135,8 @@ def value_of(text):
     text = text.rstrip()
     text = re.sub(r"^\((?:indirect (?:line )?string|alt indirect string), offset: 0x\w+\): ", "", text)
     text = re.sub(r"^\((?:strp|line_strp|strx\d?)\) \((?:offset|indexed string): 0x\w+\): ", "", text)
-    return re.sub(r"^\((?:string|data\d|udata|sdata|ref\d|flag|flag_present|exprloc|implicit_const|addr|sec_offset)\) ?", "",
-                  text)
+    forms = r"string|data\d|udata|sdata|ref\d|flag|flag_present|exprloc|implicit_const|addr|sec_offset"
+    return re.sub(r"^\((?:%s)\) ?" % forms, "", text)
 
 
 def parse(dump):
