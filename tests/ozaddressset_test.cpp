@@ -1,9 +1,12 @@
 #include "ozaddressset.h"
 
+#include "memory_refusal.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <map>
+#include <new>
 #include <random>
 #include <set>
 #include <string>
@@ -240,6 +243,61 @@ TEST(OzAddressSet, AgreesWithAStandardSet)
   }
 }
 
+/// Runs `change` with ever more memory until that is enough. Before it each time, `prepare` makes what is to
+/// be changed; after a change that ran out of memory, `look` is called. Says how often that was.
+template <class Prepare, class Change, class Look>
+int with_scarce_memory(Prepare prepare, Change change, Look look)
+{
+  for (int met = 0;; ++met)
+  {
+    auto object = prepare();
+    try
+    {
+      MemoryRefusal const refusal(met);
+      change(object);
+      return met;
+    }
+    catch (std::bad_alloc const&)
+    {
+    }
+    look(object);
+  }
+}
+
+TEST(OzAddressSet, KeepsItsAddressesWhenMemoryRunsOut)
+{
+  SKIP_UNLESS_MEMORY_CAN_BE_REFUSED();
+  int refused = 0;
+  for (std::uint64_t const count : {0u, 1u, 2u, 8u, 64u, 127u, 128u, 129u, 255u, 256u, 257u, 3000u})
+  {
+    auto const prepare = [count]
+    {
+      Set set;
+      for (std::uint64_t n = 0; n < count; ++n)
+        set.insert(thing(2 * n + 2));
+      return set;
+    };
+    Set const before = prepare();
+    std::vector<Thing*> const held = things_in(before);
+    auto const look = [&](Set& set)
+    {
+      EXPECT_EQ(things_in(set), held) << count;
+      EXPECT_EQ(set.size(), count);
+      EXPECT_EQ(set.contains(thing(2 * count)), count != 0);
+      EXPECT_TRUE(set.insert(thing(1))) << "it goes on as before";
+      EXPECT_EQ(set.size(), count + 1);
+    };
+    for (std::uint64_t const added : {std::uint64_t(1), count / 2 * 2 + 1, 2 * count + 1})
+      refused += with_scarce_memory(
+          prepare, [&](Set& set) { EXPECT_TRUE(set.insert(thing(added))); }, look);
+    refused += with_scarce_memory(
+        prepare, [&](Set&) { Set const copy(before); }, look);
+    refused += with_scarce_memory(
+        prepare, [&](Set& set) { set = before; }, look);
+  }
+  EXPECT_GT(refused, 20);
+}
+
 TEST(OzAddressMap, IsTwoWords)
 {
   EXPECT_EQ(sizeof(Map), 16u);
@@ -336,6 +394,42 @@ TEST(OzAddressMap, IsCopiedByValue)
     EXPECT_TRUE(assigned.empty());
     EXPECT_EQ(entries_in(copy), held);
   }
+}
+
+TEST(OzAddressMap, KeepsItsEntriesWhenMemoryRunsOut)
+{
+  SKIP_UNLESS_MEMORY_CAN_BE_REFUSED();
+  int refused = 0;
+  for (std::uint64_t const count : {0u, 1u, 2u, 7u, 8u, 9u, 15u, 16u, 17u, 31u, 32u, 100u, 3000u})
+  {
+    auto const prepare = [count]
+    {
+      Map map;
+      for (std::uint64_t n = 0; n < count; ++n)
+        map.insert(thing(2 * n + 2), thing(n));
+      return map;
+    };
+    Map const before = prepare();
+    std::map<Thing*, Thing*> const held = entries_in(before);
+    auto const look = [&](Map& map)
+    {
+      EXPECT_EQ(entries_in(map), held) << count;
+      EXPECT_EQ(map.size(), count);
+      for (std::uint64_t n = 0; n < count; ++n)
+        ASSERT_EQ(map.value(thing(2 * n + 2)), thing(n));
+      EXPECT_TRUE(map.insert(thing(1), thing(5))) << "it goes on as before";
+      EXPECT_EQ(map.value(thing(1)), thing(5));
+      EXPECT_EQ(map.size(), count + 1);
+    };
+    for (std::uint64_t const added : {std::uint64_t(1), 2 * count + 1})
+      refused += with_scarce_memory(
+          prepare, [&](Map& map) { EXPECT_TRUE(map.insert(thing(added), nullptr)); }, look);
+    refused += with_scarce_memory(
+        prepare, [&](Map&) { Map const copy(before); }, look);
+    refused += with_scarce_memory(
+        prepare, [&](Map& map) { map = before; }, look);
+  }
+  EXPECT_GT(refused, 10);
 }
 
 TEST(OzAddressMap, AgreesWithAStandardMap)

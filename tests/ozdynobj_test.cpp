@@ -145,6 +145,18 @@ TEST(OzDynObj, CastGivesTheArgumentOrNull)
   EXPECT_EQ(Circle::cast(nullptr), nullptr);
 }
 
+TEST(OzDynObj, AssigningTheRootChangesNothing)
+{
+  Circle circle;
+  Shape const shape;
+  OzDynObj& as_root = circle;
+
+  EXPECT_EQ(&(as_root = shape), &as_root);
+
+  EXPECT_EQ(as_root.type(), Circle::type_id());
+  EXPECT_EQ(as_root.identity(), -1);
+}
+
 TEST(OzDynObj, IsDestroyedThroughTheRoot)
 {
   Log log;

@@ -45,6 +45,21 @@ TEST(OzObjectDependencyRole, KeepsItsIdentityWhenCopied)
   EXPECT_EQ(clone->identity(), role.identity());
 }
 
+TEST(OzObjectDependencyRole, TakesOverTheIdentityWhenAssigned)
+{
+  CountingRole const source;
+  CountingRole target;
+  OzObjectDependencyRole& as_role = target;
+  OzArtificialObjectDependency const artificial_source;
+  OzArtificialObjectDependency artificial;
+
+  EXPECT_EQ(&(as_role = source), &as_role);
+  EXPECT_EQ(&(artificial = artificial_source), &artificial);
+
+  EXPECT_EQ(target.identity(), source.identity());
+  EXPECT_EQ(artificial.identity(), artificial_source.identity());
+}
+
 TEST(OzObjectDependencyRole, IsCastFromObjectsThatAreRoles)
 {
   Thing thing;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <memory>
 #include <vector>
 
 namespace
@@ -278,6 +279,31 @@ TEST(OzProgressHandler, CopiesAllOfItsState)
   EXPECT_EQ(display.shown, (Percentages{10, 13}));
   display = copy;
   EXPECT_EQ(display.current_, 4u);
+}
+
+TEST(OzProgressIO, IsDeletedThroughItsBase)
+{
+  class Bar : public OzProgressIO
+  {
+  public:
+    explicit Bar(bool& gone_flag)
+      : gone(&gone_flag)
+    {
+    }
+    ~Bar() override { *gone = true; }
+    void show(unsigned) override {}
+    bool cancel_requested() override { return true; }
+
+  private:
+    bool* gone;
+  };
+  bool gone = false;
+  std::unique_ptr<OzProgressIO> bar(new Bar(gone));
+  EXPECT_TRUE(bar->cancel_requested());
+
+  bar.reset();
+
+  EXPECT_TRUE(gone);
 }
 
 TEST(OzAsymptoticProgressIndicator, GivesEachStageHalfTheWidthOfTheOneBefore)

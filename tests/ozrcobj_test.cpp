@@ -97,9 +97,15 @@ TEST(OzRCObj, CopyingAndAssigningDoNothing)
 
   OzRCObj& base = target;
   EXPECT_EQ(&(base = source), &base);
+  {
+    Counted const copy(source); // whose own count is a field of its own class
+    EXPECT_EQ(copy.count, 3);
+    EXPECT_EQ(source.count, 3);
+    EXPECT_THAT(log, IsEmpty());
+  }
 
   EXPECT_EQ(target.count, 0);
-  EXPECT_THAT(log, IsEmpty());
+  EXPECT_EQ(log, Log{"~source"}) << "the copy's end";
 }
 
 TEST(OzRCPtr, IsAPointerAndNothingElse)
