@@ -255,8 +255,8 @@ TEST_F(OzHashTableTest, HasTheCellsThatItIsGivenAndTheCapacityOfAGrownArray)
 
 TEST_F(OzHashTableTest, ANegativeNumberOfCellsIsBadAlloc)
 {
-  EXPECT_THROW(Table(-1), std::bad_alloc);
-  EXPECT_THROW(Table(std::numeric_limits<int>::min()), std::bad_alloc);
+  EXPECT_THROW(Table const table(-1), std::bad_alloc);
+  EXPECT_THROW(Table const table(std::numeric_limits<int>::min()), std::bad_alloc);
 }
 
 TEST_F(OzHashTableTest, ATableOfNoCellsCanBeBuiltCopiedAndMeasured)
