@@ -42,7 +42,13 @@ struct OZ_EXPORT OzChunk
   /// way, for good, and still asked for smaller blocks. Null if there is no memory; a request that no chunk
   /// can ever hold changes nothing then. A block of 0 bytes has the address of the next one.
   static void* OzChunkMalloc(std::uint64_t& counter, OzChunk*& active, OzChunk*& spare,
-                             std::uint64_t min_size, std::uint64_t size, OzJournal* journal);
+                             std::uint64_t min_size, std::uint64_t size, OzJournal* journal)
+  {
+    OzChunk* const chunk = active;
+    if (!guarded_ && journal == nullptr && chunk != nullptr && chunk->has_room(size))
+      return chunk->cut(size);
+    return search_and_cut(counter, active, spare, min_size, size, journal);
+  }
 
   /// Gives a block back, each once. A chunk that is marked `full` leaves `active` with its last block: with
   /// `keep` true to the head of `spare`, else its memory is freed. A chunk that never was full stays. A
@@ -66,6 +72,27 @@ struct OZ_EXPORT OzChunk
   std::uint64_t n_freed = 0;
   bool full = false; // a request didn't fit: the chunk may go when all its blocks are free
   std::uint64_t nr = 0;
+
+private:
+  // The end of a block stays below the last byte.
+  bool has_room(std::uint64_t size) const { return size < static_cast<std::uint64_t>(upper - cursor); }
+  char* cut(std::uint64_t size)
+  {
+    char* const block = cursor;
+    cursor = block + size;
+    // Written apart: as one store of both fields it would keep the next block waiting for the cursor.
+    char* volatile& apart = last_block;
+    apart = block;
+    ++n_alloced;
+    return block;
+  }
+  static void* search_and_cut(std::uint64_t& counter, OzChunk*& active, OzChunk*& spare,
+                              std::uint64_t min_size, std::uint64_t size, OzJournal* journal);
+  static OzChunk* chunk_with_room(std::uint64_t& counter, OzChunk*& active, OzChunk*& spare,
+                                  std::uint64_t min_size, std::uint64_t size, OzJournal* journal);
+  static bool any_has_room(OzChunk const* list, std::uint64_t size);
+
+  static bool const guarded_; // the library poisons what is free, so all blocks are cut by it
 };
 
 #endif

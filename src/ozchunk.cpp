@@ -10,12 +10,15 @@
 
 #if defined(__has_feature)
 #if __has_feature(address_sanitizer)
-#define OZ_CHUNK_GUARDS
+#define OZ_CHUNK_GUARDS 1
 #endif
 #elif defined(__SANITIZE_ADDRESS__)
-#define OZ_CHUNK_GUARDS
+#define OZ_CHUNK_GUARDS 1
 #endif
-#ifdef OZ_CHUNK_GUARDS
+#ifndef OZ_CHUNK_GUARDS
+#define OZ_CHUNK_GUARDS 0
+#endif
+#if OZ_CHUNK_GUARDS
 // The sanitizer's own interface, as its header declares it.
 extern "C" void __asan_poison_memory_region(void const volatile* from, std::size_t bytes);
 extern "C" void __asan_unpoison_memory_region(void const volatile* from, std::size_t bytes);
@@ -48,14 +51,14 @@ std::uint64_t chunk_size(std::uint64_t size, std::uint64_t min_size)
 // Makes memory out of bounds for everybody, or usable again, as far as the address sanitizer is on.
 void guard([[maybe_unused]] char const* from, [[maybe_unused]] std::uint64_t bytes)
 {
-#ifdef OZ_CHUNK_GUARDS
+#if OZ_CHUNK_GUARDS
   __asan_poison_memory_region(from, bytes);
 #endif
 }
 
 void unguard([[maybe_unused]] char const* from, [[maybe_unused]] std::uint64_t bytes)
 {
-#ifdef OZ_CHUNK_GUARDS
+#if OZ_CHUNK_GUARDS
   __asan_unpoison_memory_region(from, bytes);
 #endif
 }
@@ -63,19 +66,6 @@ void unguard([[maybe_unused]] char const* from, [[maybe_unused]] std::uint64_t b
 std::uint64_t bytes_behind_header(OzChunk const& chunk)
 {
   return static_cast<std::uint64_t>(chunk.upper - chunk.lower) + 1;
-}
-
-bool has_room(OzChunk const& chunk, std::uint64_t size)
-{
-  return size < static_cast<std::uint64_t>(chunk.upper - chunk.cursor);
-}
-
-bool any_has_room(OzChunk const* list, std::uint64_t size)
-{
-  for (; list != nullptr; list = list->next)
-    if (has_room(*list, size))
-      return true;
-  return false;
 }
 
 bool holds(OzChunk const& chunk, void const* block)
@@ -127,37 +117,7 @@ void retire(OzChunk* chunk, bool keep, OzChunk*& spare, OzJournal* journal)
   put_on(spare, chunk);
 }
 
-// The chunk that serves a request for which the first of `active` has no room; null if there is none.
-OzChunk* chunk_with_room(std::uint64_t& counter, OzChunk*& active, OzChunk*& spare, std::uint64_t min_size,
-                         std::uint64_t size, OzJournal* journal)
-{
-  if (chunk_size(size, min_size) == 0 && !any_has_room(active, size) && !any_has_room(spare, size))
-    return nullptr;
-
-  for (OzChunk* chunk = active; chunk != nullptr; chunk = chunk->next)
-  {
-    if (has_room(*chunk, size))
-      return chunk;
-    chunk->full = true;
-  }
-
-  // Those behind the new head have no room, so each turn only asks the head.
-  for (;;)
-  {
-    OzChunk* const chunk =
-        spare != nullptr ? taken_off(spare) : OzChunk::get_chunk(counter, size, min_size, journal);
-    if (chunk == nullptr)
-      return nullptr;
-    put_on(active, chunk);
-    if (has_room(*chunk, size))
-      return chunk;
-    chunk->full = true;
-  }
-}
-
-// Out of line, to keep the common case of OzChunkMalloc free of it.
-__attribute__((noinline, cold)) void trace_block(OzChunk const& chunk, char const* block, std::uint64_t size,
-                                                 OzJournal& journal)
+void trace_block(OzChunk const& chunk, char const* block, std::uint64_t size, OzJournal& journal)
 {
   journal << "Alloced " << size << "bytes (chunk " << chunk.nr << ") at " << static_cast<void const*>(block)
           << ozEndExpr;
@@ -187,25 +147,54 @@ OzChunk* OzChunk::get_chunk(std::uint64_t& counter, std::uint64_t size, std::uin
   return chunk;
 }
 
-void* OzChunk::OzChunkMalloc(std::uint64_t& counter, OzChunk*& active, OzChunk*& spare,
-                             std::uint64_t min_size, std::uint64_t size, OzJournal* journal)
+bool const OzChunk::guarded_ = OZ_CHUNK_GUARDS;
+
+bool OzChunk::any_has_room(OzChunk const* list, std::uint64_t size)
 {
-  OzChunk* chunk = active;
-  if (chunk == nullptr || !has_room(*chunk, size))
+  for (; list != nullptr; list = list->next)
+    if (list->has_room(size))
+      return true;
+  return false;
+}
+
+// The chunk that serves a request for which the first of `active` has no room; null if there is none.
+OzChunk* OzChunk::chunk_with_room(std::uint64_t& counter, OzChunk*& active, OzChunk*& spare,
+                                  std::uint64_t min_size, std::uint64_t size, OzJournal* journal)
+{
+  if (chunk_size(size, min_size) == 0 && !any_has_room(active, size) && !any_has_room(spare, size))
+    return nullptr;
+
+  for (OzChunk* chunk = active; chunk != nullptr; chunk = chunk->next)
   {
-    chunk = chunk_with_room(counter, active, spare, min_size, size, journal);
-    if (chunk == nullptr)
-      return nullptr;
+    if (chunk->has_room(size))
+      return chunk;
+    chunk->full = true;
   }
 
-  char* const block = chunk->cursor;
-  chunk->cursor = block + size;
-  unguard(block, size);
+  // Those behind the new head have no room, so each turn only asks the head.
+  for (;;)
+  {
+    OzChunk* const chunk = spare != nullptr ? taken_off(spare) : get_chunk(counter, size, min_size, journal);
+    if (chunk == nullptr)
+      return nullptr;
+    put_on(active, chunk);
+    if (chunk->has_room(size))
+      return chunk;
+    chunk->full = true;
+  }
+}
+
+void* OzChunk::search_and_cut(std::uint64_t& counter, OzChunk*& active, OzChunk*& spare,
+                              std::uint64_t min_size, std::uint64_t size, OzJournal* journal)
+{
+  OzChunk* const chunk = chunk_with_room(counter, active, spare, min_size, size, journal);
+  if (chunk == nullptr)
+    return nullptr;
+
+  unguard(chunk->cursor, size);
   if (journal != nullptr)
-    trace_block(*chunk, block, size, *journal);
-  ++chunk->n_alloced;
-  chunk->last_block = block;
-  return block;
+    trace_block(*chunk, chunk->cursor, size, *journal);
+  return chunk->cut(size);
 }
 
 void OzChunk::OzChunkFree(OzChunk*& active, void* block, bool keep, OzChunk*& spare, OzJournal* journal)
