@@ -12,10 +12,10 @@ namespace
 /// A clone of `object`, or null if that turns out to be something else than an object of a model.
 std::unique_ptr<OzObject> clone_of(OzObject const& object)
 {
-  std::unique_ptr<OzDynObj> clone(object.clone());
-  std::unique_ptr<OzObject> result(dynamic_cast<OzObject*>(clone.get()));
-  if (result != nullptr)
-    clone.release();
+  OzDynObj* const clone = object.clone();
+  std::unique_ptr<OzObject> result(dynamic_cast<OzObject*>(clone));
+  if (result == nullptr)
+    delete clone;
   return result;
 }
 } // namespace
@@ -167,8 +167,8 @@ bool OzObjTable::replace_entry(unsigned int index, OzObject const& object)
 bool OzObjTable::append_entry(OzObject const& object)
 {
   std::unique_ptr<OzObject> clone = clone_of(object);
-  entries_.push_back(clone.get());
-  clone.release();
+  entries_.push_back(nullptr);
+  entries_.back() = clone.release();
   return true;
 }
 
