@@ -21,11 +21,13 @@ constexpr std::size_t PIECE = 200;
 class ChainSorter : public OzEdgeSorter
 {
 public:
-  /// `chains` stays the caller's and must outlive the sorter. The sparse form suits: a chain can join very few others.
-  ChainSorter(std::vector<Chain> const& all, double join_tolerance)
+  /// `chains` and the flag stay the caller's and must outlive the sorter. The sparse form suits: a chain can join very
+  /// few others.
+  ChainSorter(std::vector<Chain> const& all, double join_tolerance, StopFlag const& stop_flag)
     : OzEdgeSorter(all.size(), true)
     , chains(all)
     , tolerance(join_tolerance)
+    , stop(stop_flag)
   {
   }
 
@@ -41,6 +43,9 @@ private:
   double edge_gap(std::uint64_t a, std::uint64_t b, bool at_start_a, bool at_start_b) const override
   {
     constexpr double NOT_TO_BE_JOINED = -1.0;
+    // The sorter can't be stopped, but it has no more to do where nothing joins.
+    if (stop.requested())
+      return NOT_TO_BE_JOINED;
     // By its own ends the sorter asks whether an edge is closed. A straight edge shorter than its bound is not.
     if (a == b)
       return chains[a].ring ? 0.0 : NOT_TO_BE_JOINED;
@@ -70,11 +75,13 @@ private:
 
   std::vector<Chain> const& chains;
   double tolerance;
+  StopFlag const& stop;
 };
 
-std::vector<Chain> sort_once(std::vector<Chain> const& chains, double tolerance, Strategy strategy)
+std::vector<Chain> sort_once(std::vector<Chain> const& chains, double tolerance, Strategy strategy,
+                             StopFlag const& stop)
 {
-  ChainSorter sorter(chains, tolerance);
+  ChainSorter sorter(chains, tolerance, stop);
   bool const keep_order = true;
   sorter.sort(strategy, keep_order);
   return sorter.result();
@@ -155,7 +162,7 @@ std::vector<Chain> in_walking_order(std::vector<Chain>& chains, double tolerance
 
 /// Joins within pieces, then what came out of them, until one sorter can take the rest or nothing joins any more. A
 /// piece holds chains that meet, so each round leaves only a part of them.
-std::vector<Chain> join_in_pieces(std::vector<Chain> chains, double tolerance)
+std::vector<Chain> join_in_pieces(std::vector<Chain> chains, double tolerance, StopFlag const& stop)
 {
   std::vector<Chain> finished;
   for (;;)
@@ -165,16 +172,18 @@ std::vector<Chain> join_in_pieces(std::vector<Chain> chains, double tolerance)
     chains.clear();
     for (std::size_t begin = 0; begin < ordered.size(); begin += PIECE)
     {
+      if (stop.requested())
+        return {};
       auto const first = ordered.begin() + static_cast<std::ptrdiff_t>(begin);
       auto const last =
           ordered.begin() + static_cast<std::ptrdiff_t>(std::min(begin + PIECE, ordered.size()));
-      for (Chain& chain : sort_once({first, last}, tolerance, OzEdgeSorter::OzSortGrowChains))
+      for (Chain& chain : sort_once({first, last}, tolerance, OzEdgeSorter::OzSortGrowChains, stop))
         chains.push_back(std::move(chain));
     }
     if (chains.size() <= PIECE || chains.size() == before)
       break;
   }
-  for (Chain& chain : sort_once(chains, tolerance, OzEdgeSorter::OzSortGrowChains))
+  for (Chain& chain : sort_once(chains, tolerance, OzEdgeSorter::OzSortGrowChains, stop))
     finished.push_back(std::move(chain));
   return finished;
 }
@@ -182,16 +191,16 @@ std::vector<Chain> join_in_pieces(std::vector<Chain> chains, double tolerance)
 } // namespace
 
 std::vector<Chain> join_chains(std::vector<Chain> const& chains, double tolerance,
-                               std::optional<Strategy> strategy)
+                               std::optional<Strategy> strategy, StopFlag const& stop)
 {
   std::vector<Chain> const ordered = in_order_of_place(chains);
   if (strategy)
-    return sort_once(ordered, tolerance, *strategy);
+    return sort_once(ordered, tolerance, *strategy, stop);
   if (ordered.size() <= MOST_CLOSEST_FIRST)
-    return sort_once(ordered, tolerance, OzEdgeSorter::OzSortClosestFirst);
+    return sort_once(ordered, tolerance, OzEdgeSorter::OzSortClosestFirst, stop);
   if (ordered.size() <= MOST_IN_ONE_SORTER)
-    return sort_once(ordered, tolerance, OzEdgeSorter::OzSortGrowChains);
-  return join_in_pieces(ordered, tolerance);
+    return sort_once(ordered, tolerance, OzEdgeSorter::OzSortGrowChains, stop);
+  return join_in_pieces(ordered, tolerance, stop);
 }
 
 void reverse(Chain& chain)

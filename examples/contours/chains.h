@@ -2,6 +2,7 @@
 #define CONTOURS_CHAINS_H
 
 #include "curve.h"
+#include "stop_flag.h"
 
 #include <ozedgesorter.h>
 
@@ -40,8 +41,10 @@ constexpr std::size_t MOST_IN_ONE_SORTER = 2000;
 /// Joins chains whose ends are no farther apart than `tolerance`. What can be joined depends on `tolerance` alone;
 /// what is joined where there is a choice depends on the strategy and on where the chains lie, but not on their
 /// order. Without a strategy the one is taken that the number of chains allows.
+///
+/// Once `stop` is set nothing is joined any more, so that this ends soon. The result is of no use then.
 std::vector<Chain> join_chains(std::vector<Chain> const& chains, double tolerance,
-                               std::optional<Strategy> strategy);
+                               std::optional<Strategy> strategy, StopFlag const& stop = {});
 
 void reverse(Chain& chain);
 

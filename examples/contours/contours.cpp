@@ -176,33 +176,6 @@ void measure_openings(std::vector<Contour>& contours, std::vector<std::size_t> c
   }
 }
 
-void number_contours(std::vector<Contour>& contours)
-{
-  auto const lowest = [](Contour const& contour)
-  { return std::min_element(contour.links.begin(), contour.links.end(), lower_edge)->edge; };
-  std::vector<std::pair<std::size_t, std::size_t>> order;
-  for (std::size_t i = 0; i < contours.size(); ++i)
-    order.emplace_back(lowest(contours[i]), i);
-  std::sort(order.begin(), order.end());
-  std::vector<Contour> sorted;
-  sorted.reserve(order.size());
-  for (auto const& [edge, i] : order)
-    sorted.push_back(std::move(contours[i]));
-  contours.swap(sorted);
-}
-
-/// Each double goes to the contour that has its original.
-void add_doubles(Outcome& outcome)
-{
-  std::vector<std::size_t> contour_of(outcome.edges.size());
-  for (std::size_t i = 0; i < outcome.contours.size(); ++i)
-    for (Link const link : outcome.contours[i].links)
-      contour_of[link.edge] = i;
-  for (std::size_t edge = 0; edge < outcome.edges.size(); ++edge)
-    if (outcome.edges[edge].original != edge)
-      outcome.contours[contour_of[outcome.edges[edge].original]].doubles.push_back(edge);
-}
-
 void count_used(Outcome& outcome, std::vector<std::size_t> const& kept, double tolerance)
 {
   std::set<std::size_t> entities;
@@ -221,27 +194,28 @@ void count_used(Outcome& outcome, std::vector<std::size_t> const& kept, double t
   outcome.edges_used += kept.size();
 }
 
-/// Sorts each cluster for itself.
-void sort_clusters(Outcome& outcome, Drawing const& drawing, Places const& places, double tolerance,
-                   std::optional<Strategy> strategy)
+std::string const& layer_of(Outcome const& outcome, Drawing const& drawing,
+                            std::vector<std::size_t> const& cluster)
+{
+  return drawing.entities[outcome.edges[cluster.front()].entity].layer;
+}
+
+std::vector<LayerClusters> count_clusters(Outcome const& outcome, Drawing const& drawing,
+                                          std::vector<std::vector<std::size_t>> const& clusters)
 {
   std::map<std::string, LayerClusters> counts;
-  for (std::vector<std::size_t> const& cluster : find_clusters(outcome.edges, places))
+  for (std::vector<std::size_t> const& cluster : clusters)
   {
-    std::string const& layer = drawing.entities[outcome.edges[cluster.front()].entity].layer;
-    std::vector<Chain> chains;
-    chains.reserve(cluster.size());
-    for (std::size_t const edge : cluster)
-      chains.push_back(chain_of(outcome, edge));
-    for (Chain& chain : join_chains(chains, tolerance, strategy))
-      outcome.contours.push_back(measure(outcome, std::move(chain), layer, tolerance));
-
+    std::string const& layer = layer_of(outcome, drawing, cluster);
     LayerClusters& count = counts.emplace(layer, LayerClusters{layer, 0, 0}).first->second;
     ++count.clusters;
     count.largest = std::max(count.largest, cluster.size());
   }
+  std::vector<LayerClusters> in_order;
+  in_order.reserve(counts.size());
   for (auto const& [layer, count] : counts)
-    outcome.clusters.push_back(count);
+    in_order.push_back(count);
+  return in_order;
 }
 
 /// For each end of an edge the end that follows it across a join, or NO_PLACE.
@@ -281,30 +255,85 @@ double Outcome::cut_length_mm() const
   return length;
 }
 
-Outcome find_contours(Drawing const& drawing, LayerChoice const& layers, double tolerance,
-                      std::optional<Strategy> strategy)
+ContourFinder::ContourFinder(Drawing const& its_drawing, LayerChoice const& layers, double its_tolerance,
+                             std::optional<Strategy> its_strategy)
+  : drawing(its_drawing)
+  , tolerance(its_tolerance)
+  , strategy(its_strategy)
 {
-  Outcome outcome;
-  auto edges_of_layer = take_edges(drawing, layers, outcome);
-  Places places(2 * outcome.edges.size(), NO_PLACE);
+  auto edges_of_layer = take_edges(drawing, layers, found);
+  places.assign(2 * found.edges.size(), NO_PLACE);
   for (auto& [layer, edges] : edges_of_layer)
   {
-    remove_duplicates(outcome, edges, tolerance);
-    count_used(outcome, edges, tolerance);
-    find_places(outcome.edges, edges, tolerance, places);
+    remove_duplicates(found, edges, tolerance);
+    count_used(found, edges, tolerance);
+    find_places(found.edges, edges, tolerance, places);
   }
-  sort_clusters(outcome, drawing, places, tolerance, strategy);
-  number_contours(outcome.contours);
-  add_doubles(outcome);
-  outcome.duplicates = duplicate_entities(outcome.edges);
+  found.duplicates = duplicate_entities(found.edges);
+  for (std::size_t edge = 0; edge < found.edges.size(); ++edge)
+    if (found.edges[edge].original != edge)
+      doubles[found.edges[edge].original].push_back(edge);
+  cluster_edges = find_clusters(found.edges, places);
+  found.clusters = count_clusters(found, drawing, cluster_edges);
+}
 
+std::vector<Contour> ContourFinder::sort(std::size_t cluster, StopFlag const& stop) const
+{
+  std::vector<std::size_t> const& edges = cluster_edges[cluster];
+  std::vector<Chain> chains;
+  chains.reserve(edges.size());
+  for (std::size_t const edge : edges)
+    chains.push_back(chain_of(found, edge));
+
+  std::string const& layer = layer_of(found, drawing, edges);
+  std::vector<Contour> contours;
+  for (Chain& chain : join_chains(chains, tolerance, strategy, stop))
+  {
+    if (stop.requested())
+      break;
+    contours.push_back(measure(found, std::move(chain), layer, tolerance));
+    contours.back().doubles = doubles_of(contours.back().links);
+  }
+  return contours;
+}
+
+void ContourFinder::add(std::vector<Contour>&& contours)
+{
+  for (Contour& contour : contours)
+  {
+    auto const lowest = std::min_element(contour.links.begin(), contour.links.end(), lower_edge);
+    without_number.emplace(lowest->edge, std::move(contour));
+  }
+  ++added;
+
+  // All that is still to come lies above the lowest edge of the next cluster.
+  bool const is_last = added == cluster_edges.size();
+  std::size_t const next = is_last ? found.edges.size() : cluster_edges[added].front();
+  auto const end = without_number.lower_bound(next);
+  for (auto contour = without_number.begin(); contour != end; ++contour)
+    found.contours.push_back(std::move(contour->second));
+  without_number.erase(without_number.begin(), end);
+}
+
+void ContourFinder::finish()
+{
   std::map<std::string, std::vector<std::size_t>> contours_of_layer;
-  for (std::size_t i = 0; i < outcome.contours.size(); ++i)
-    contours_of_layer[outcome.contours[i].layer].push_back(i);
+  for (std::size_t i = 0; i < found.contours.size(); ++i)
+    contours_of_layer[found.contours[i].layer].push_back(i);
   for (auto const& [layer, contours] : contours_of_layer)
-    measure_openings(outcome.contours, contours);
-  outcome.branches = find_branches(outcome.edges, places, find_partners(outcome));
-  return outcome;
+    measure_openings(found.contours, contours);
+  found.branches = find_branches(found.edges, places, find_partners(found));
+}
+
+/// In order. Each double goes to the contour that has its original.
+std::vector<std::size_t> ContourFinder::doubles_of(std::vector<Link> const& links) const
+{
+  std::vector<std::size_t> all;
+  for (Link const link : links)
+    if (auto const found_doubles = doubles.find(link.edge); found_doubles != doubles.end())
+      all.insert(all.end(), found_doubles->second.begin(), found_doubles->second.end());
+  std::sort(all.begin(), all.end());
+  return all;
 }
 
 } // namespace contours

@@ -6,6 +6,7 @@
 #include "drawing.h"
 #include "layers.h"
 #include "meetings.h"
+#include "stop_flag.h"
 
 #include <cstddef>
 #include <map>
@@ -86,12 +87,50 @@ struct Outcome
   double cut_length_mm() const;
 };
 
-/// Joins the curves of the chosen layers to contours.
+/// Joins the curves of the chosen layers to contours, in three steps: it finds the clusters of edges that touch, sorts
+/// each of them for itself, and adds what came out of one after the other. Contours are numbered by their lowest edge;
+/// a closed one starts with that edge and runs in its direction.
 ///
-/// The drawing is in millimetres and its entities are in order. Contours are numbered by their lowest edge; a closed
-/// one starts with that edge and runs in its direction. `sources` are left empty: they are for the history to say.
-Outcome find_contours(Drawing const& drawing, LayerChoice const& layers, double tolerance,
-                      std::optional<Strategy> strategy);
+/// Threads: any number may sort at once; all else belongs to one thread at a time.
+class ContourFinder
+{
+public:
+  /// Finds the clusters. The drawing is in millimetres and its entities are in order; it stays the caller's and must
+  /// outlive this.
+  ContourFinder(Drawing const& its_drawing, LayerChoice const& layers, double its_tolerance,
+                std::optional<Strategy> its_strategy);
+
+  /// How many there are. They stand in the order of their lowest edges.
+  std::size_t clusters() const { return cluster_edges.size(); }
+
+  /// The contours of a cluster, doubles included. Ends soon once `stop` is set, and is of no use then.
+  std::vector<Contour> sort(std::size_t cluster, StopFlag const& stop) const;
+
+  /// Takes the contours of the next cluster over. They go into the outcome as soon as their numbers are certain, with
+  /// the last cluster at the latest, and in the order of their numbers.
+  void add(std::vector<Contour>&& contours);
+
+  /// Measures what lies between the contours. To be called when all clusters were added.
+  void finish();
+
+  /// At first all that is known before sorting, edges above all. `sources` of contours are left empty: they are for
+  /// the history to say.
+  Outcome& outcome() { return found; }
+  Outcome const& outcome() const { return found; }
+
+private:
+  std::vector<std::size_t> doubles_of(std::vector<Link> const& links) const;
+
+  Drawing const& drawing;
+  double tolerance;
+  std::optional<Strategy> strategy;
+  Outcome found;
+  Places places;
+  std::vector<std::vector<std::size_t>> cluster_edges;
+  std::map<std::size_t, std::vector<std::size_t>> doubles; // of edges that have any
+  std::size_t added = 0;                                   // clusters
+  std::map<std::size_t, Contour> without_number;           // of those clusters, by lowest edge
+};
 
 } // namespace contours
 

@@ -1,6 +1,7 @@
 #include "failed_checks.h"
 
 #include "exit_codes.h"
+#include "progress_bar.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -13,6 +14,7 @@ namespace
 
 [[noreturn]] void end_the_program(char const* file, int line)
 {
+  ProgressBar::erase_before_the_end();
   std::fprintf(
       stderr,
       "oz-contours: %s:%d: a check failed. This is a bug: please report it with this line and the drawing.\n",

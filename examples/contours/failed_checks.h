@@ -7,7 +7,7 @@ namespace contours
 {
 
 /// While it lives, a check of the library that fails ends the process with EXIT_BUG and a line on standard error that
-/// asks for a report. The library itself would go on, and its results could then be wrong without a sign; files are
+/// asks for a report, on whichever thread it is. The library itself would go on, and its results could then be wrong without a sign; files are
 /// written last, so there is nothing half done.
 class FailedChecksEndTheProgram
 {

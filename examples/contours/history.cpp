@@ -119,11 +119,16 @@ History::History(Drawing const& drawing, Outcome const& found)
     entity_edges.clear();
   }
   graph.new_separator();
-  for (std::size_t i = 0; i < outcome.contours.size(); ++i)
+}
+
+void History::record_new_contours()
+{
+  while (contours.size() < outcome.contours.size())
   {
-    Contour const& contour = outcome.contours[i];
-    contours.push_back(make_object("contour " + std::to_string(i + 1) + " on " + contour.layer, i));
-    record_contour(contour, i);
+    std::size_t const number = contours.size();
+    std::string const name = "contour " + std::to_string(number + 1);
+    contours.push_back(make_object(name + " on " + outcome.contours[number].layer, number));
+    record_contour(outcome.contours[number], number);
   }
 }
 

@@ -16,7 +16,8 @@
 namespace contours
 {
 
-/// How entities became edges and edges became contours, recorded in a dependency graph.
+/// How entities became edges and edges became contours, recorded in a dependency graph. It belongs to one thread at a
+/// time.
 ///
 /// An entity is converted to its edge, or contains its edges. A contour absorbs its edges, and the doubles that lie on
 /// them. From this the graph answers which entities are behind a contour, and where an entity went. Simplified, it has
@@ -24,8 +25,11 @@ namespace contours
 class History
 {
 public:
-  /// Both stay the caller's and must outlive the history.
+  /// Records how the entities became the edges of `outcome`. Both stay the caller's and must outlive the history.
   History(Drawing const& drawing, Outcome const& outcome);
+
+  /// Records what the contours absorb that have come to `outcome` since the last time.
+  void record_new_contours();
 
   /// Takes the edges out of the history. What it answers stays the same.
   void simplify();

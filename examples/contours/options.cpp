@@ -1,5 +1,6 @@
 #include "options.h"
 
+#include "cluster_job.h"
 #include "exit_codes.h"
 #include "text.h"
 #include "units.h"
@@ -33,6 +34,9 @@ std::map<std::string, Strategy> const STRATEGIES = {{"closest", OzEdgeSorter::Oz
                                                     {"sequential", OzEdgeSorter::OzSortSequential},
                                                     {"first-fit", OzEdgeSorter::OzSortFirstFit}};
 
+std::map<std::string, ShowProgress> const SHOW_PROGRESS = {
+    {"auto", ShowProgress::AUTO}, {"always", ShowProgress::ALWAYS}, {"never", ShowProgress::NEVER}};
+
 constexpr char const* HELP =
     R"(Joins the loose lines and arcs of a DXF drawing to contours that can be cut, and says
 from which entities of the drawing each contour comes.
@@ -51,6 +55,9 @@ oz-contours [options] DRAWING.dxf        ("-" reads standard input)
       --why ENTITY       which contour took this entity (handle or #number), and from
                          what it came
   -f, --format F         table | csv | json on standard output  [table]
+  -j, --threads N        sort up to N clusters at once; 0: one for each processor [0]
+      --progress P       auto | always | never: a bar on standard error; auto: on a
+                         terminal, without --quiet              [auto]
       --strict           duplicates and skipped entities also give exit 1
   -q, --quiet            no remarks, only errors
   -v, --verbose          all remarks, and all entities in the table
@@ -64,6 +71,7 @@ exit 0   all contours of the chosen layers are closed
      3   the drawing can't be read, isn't ASCII DXF, or is damaged: nothing written
      4   an output can't be written
     70   a bug: please report the line that tells of it
+   130   cancelled by Ctrl-C: nothing written
 )";
 
 /// Throws CLI::ValidationError, as the checks of the command line parser do.
@@ -86,13 +94,31 @@ Value named(std::map<std::string, Value> const& values, std::string const& optio
   throw CLI::ValidationError(option, "'" + printable(name) + "' is none of " + names);
 }
 
-std::size_t contour_numbered(std::string const& text)
+/// Nothing, if `text` is anything but digits, or too large a number.
+std::optional<std::size_t> whole_number(std::string const& text)
 {
   std::size_t number = 0;
   auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc() || end != text.data() + text.size() || number == 0)
+  if (error != std::errc() || end != text.data() + text.size())
+    return std::nullopt;
+  return number;
+}
+
+std::size_t contour_numbered(std::string const& text)
+{
+  std::size_t const number = whole_number(text).value_or(0);
+  if (number == 0)
     throw CLI::ValidationError("--history-of", "'" + printable(text) + "' is not the number of a contour");
   return number;
+}
+
+std::size_t number_of_threads(std::string const& text)
+{
+  std::optional<std::size_t> const number = whole_number(text);
+  if (!number || *number > MOST_THREADS)
+    throw CLI::ValidationError("--threads", "'" + printable(text) + "' is no number from 0 to " +
+                                                std::to_string(MOST_THREADS));
+  return *number;
 }
 
 double unit_named(std::string const& name)
@@ -115,6 +141,8 @@ std::optional<int> read_command_line(int argc, char const* const* argv, Options&
   std::string units;
   std::string strategy;
   std::string format;
+  std::string threads;
+  std::string progress;
   std::vector<std::string> history_of;
   bool quiet = false;
   bool verbose = false;
@@ -131,6 +159,8 @@ std::optional<int> read_command_line(int argc, char const* const* argv, Options&
   app.add_option("--history-of", history_of)->allow_extra_args(false);
   app.add_option("--why", options.why);
   app.add_option("-f,--format", format);
+  app.add_option("-j,--threads", threads);
+  app.add_option("--progress", progress);
   app.add_flag("--strict", options.strict);
   auto* const quiet_flag = app.add_flag("-q,--quiet", quiet);
   app.add_flag("-v,--verbose", verbose)->excludes(quiet_flag);
@@ -145,6 +175,10 @@ std::optional<int> read_command_line(int argc, char const* const* argv, Options&
       options.strategy = named(STRATEGIES, "--strategy", strategy);
     if (app.count("--format") > 0)
       options.format = named(FORMATS, "--format", format);
+    if (app.count("--threads") > 0)
+      options.threads = number_of_threads(threads);
+    if (app.count("--progress") > 0)
+      options.progress = named(SHOW_PROGRESS, "--progress", progress);
     for (auto const& [option, name] :
          {std::pair("--svg", &options.svg), std::pair("--history", &options.history),
           std::pair("--history-raw", &options.raw_history)})

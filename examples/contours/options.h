@@ -21,6 +21,13 @@ enum class Format
   JSON
 };
 
+enum class ShowProgress
+{
+  AUTO, ///< on a terminal
+  ALWAYS,
+  NEVER
+};
+
 /// What the user asked for.
 struct Options
 {
@@ -36,6 +43,8 @@ struct Options
   std::string why;                  ///< an entity; empty for none
   Format format = Format::TABLE;
   bool strict = false;
+  std::size_t threads = 0; ///< 0: one for each processor
+  ShowProgress progress = ShowProgress::AUTO;
   Verbosity verbosity = Verbosity::NORMAL;
 };
 

@@ -1,14 +1,18 @@
 #include "program.h"
 
+#include "cluster_job.h"
 #include "dxf_reader.h"
 #include "exit_codes.h"
 #include "failed_checks.h"
 #include "input_error.h"
 #include "input_file.h"
+#include "interrupt.h"
 #include "options.h"
 #include "output_file.h"
+#include "progress_bar.h"
 #include "remarks.h"
 #include "report.h"
+#include "stop_flag.h"
 #include "text.h"
 #include "units.h"
 
@@ -17,9 +21,12 @@
 #include <cstring>
 #include <exception>
 #include <filesystem>
+#include <iostream>
 #include <new>
+#include <optional>
 #include <ostream>
 #include <set>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -97,21 +104,30 @@ bool outputs_are_apart(Options const& options, Messages& messages)
   return true;
 }
 
+bool has_bar(Options const& options, std::ostream const& err)
+{
+  bool const on_terminal = &err == &std::cerr && ::isatty(STDERR_FILENO) == 1;
+  return options.progress == ShowProgress::ALWAYS ||
+         (options.progress == ShowProgress::AUTO && on_terminal && options.verbosity != Verbosity::QUIET);
+}
+
 /// Reads, joins and writes. What goes wrong is thrown.
 class Run
 {
 public:
-  Run(Options const& chosen, std::istream& input, std::ostream& output, Messages& remarks)
+  Run(Options const& chosen, std::istream& input, std::ostream& output, std::ostream& error_output,
+      Messages& remarks)
     : options(chosen)
     , in(input)
     , out(output)
+    , err(error_output)
     , messages(remarks)
   {
   }
 
   int execute()
   {
-    Drawing drawing = read_drawing(read_input(options.drawing, in));
+    Drawing drawing = read_drawing(read());
     double const unit = unit_of(options, drawing);
     scale_to_millimetres(drawing, unit);
     order_entities(drawing);
@@ -119,15 +135,18 @@ public:
     if (!options.why.empty() && !asked)
       return EXIT_USAGE;
 
-    Outcome outcome = find_contours(drawing, options.layers, options.tolerance_mm, options.strategy);
+    ContourFinder finder(drawing, options.layers, options.tolerance_mm, options.strategy);
+    Outcome& outcome = finder.outcome();
+    History history(drawing, outcome);
+    JobFigures const figures = sort_clusters(finder, history);
     if (!has_asked_contours(outcome))
       return EXIT_USAGE;
-    History history(drawing, outcome);
     take_pictures(history);
     add_sources(outcome, history);
 
     Report const report = {options.drawing, unit, options.tolerance_mm, drawing, outcome};
     tell_details(report, messages);
+    tell_figures(figures, messages);
     tell_remarks(report, options.layers, messages);
     std::string const text = asked ? why(report, history, *asked) : result_text(options, report);
     if (!write_results(report, text))
@@ -136,6 +155,32 @@ public:
   }
 
 private:
+  /// Until it is read there is nothing that Ctrl-C could leave half done, and the input may keep us waiting for ever.
+  std::string read()
+  {
+    std::string text = read_input(options.drawing, in);
+    interrupt.emplace(stop);
+    return text;
+  }
+
+  /// Fills in the contours, and records them.
+  JobFigures sort_clusters(ContourFinder& finder, History& history)
+  {
+    clusters = finder.clusters();
+    ClusterWork work;
+    work.clusters = clusters;
+    work.sort = [&](std::size_t cluster) { return finder.sort(cluster, stop); };
+    work.take = [&](std::vector<Contour>&& contours)
+    {
+      finder.add(std::move(contours));
+      history.record_new_contours();
+    };
+    ProgressBar bar(err, has_bar(options, err));
+    JobFigures figures = run_job(work, options.threads, stop, bar);
+    finder.finish();
+    return figures;
+  }
+
   std::optional<std::size_t> find_asked_entity(Drawing const& drawing)
   {
     if (options.why.empty())
@@ -190,6 +235,9 @@ private:
         name = path;
         written.emplace_back(path, text);
       }
+      // From here on it is too late to cancel.
+      if (stop.requested())
+        throw Cancelled(clusters, clusters);
       for (std::size_t i = 0; i < files.size(); ++i)
       {
         name = files[i].first;
@@ -211,6 +259,8 @@ private:
     // The files first: where one fails, nothing was said that looks like success.
     if (!write_files())
       return false;
+    // Whoever reads the standard output may keep us waiting.
+    interrupt.reset();
     errno = 0;
     if (out << text << std::flush)
       return true;
@@ -222,7 +272,11 @@ private:
   Options const& options;
   std::istream& in;
   std::ostream& out;
+  std::ostream& err;
   Messages& messages;
+  StopFlag stop;
+  std::optional<Interrupt> interrupt;
+  std::size_t clusters = 0;
   std::vector<std::pair<std::string, std::string>> files; // to be written: names and texts
 };
 
@@ -240,12 +294,17 @@ int run(int argc, char const* const* argv, std::istream& in, std::ostream& out, 
     return EXIT_USAGE;
   try
   {
-    return Run(options, in, out, messages).execute();
+    return Run(options, in, out, err, messages).execute();
   }
   catch (InputError const& error)
   {
     messages.error(error.line(), error.what());
     return EXIT_INPUT;
+  }
+  catch (Cancelled const& cancelled)
+  {
+    messages.error(0, cancelled.what());
+    return EXIT_CANCELLED;
   }
   catch (std::bad_alloc const&)
   {

@@ -172,4 +172,12 @@ void tell_details(Report const& report, Messages& messages)
                     " of edges that touch, the largest of " + std::to_string(layer.largest));
 }
 
+void tell_figures(JobFigures const& figures, Messages& messages)
+{
+  messages.detail("job statistics: " + figures.name + ", " + counted(figures.tasks, "task", "tasks") +
+                  ", at most " + std::to_string(figures.peak) + " at once, " +
+                  counted(figures.server_runs, "run", "runs") + " of the server, " +
+                  fixed(figures.processor_ms, 1) + " ms of processor time");
+}
+
 } // namespace contours

@@ -1,6 +1,7 @@
 #include "contours.h"
 #include "drawing_text.h"
 #include "dxf_reader.h"
+#include "find_contours.h"
 #include "history.h"
 #include "units.h"
 
@@ -30,8 +31,11 @@ Found find_in(std::string const& entities, LayerChoice const& layers = {}, doubl
   found.drawing = read_drawing(dxf_drawing(entities));
   scale_to_millimetres(found.drawing, 1.0);
   order_entities(found.drawing);
-  found.outcome = find_contours(found.drawing, layers, tolerance, strategy);
-  add_sources(found.outcome, History(found.drawing, found.outcome));
+  ContourFinder finder(found.drawing, layers, tolerance, strategy);
+  History history(found.drawing, finder.outcome());
+  find_contours(finder, history);
+  add_sources(finder.outcome(), history);
+  found.outcome = finder.outcome();
   return found;
 }
 
@@ -285,7 +289,8 @@ TEST(FindContours, ShufflingTheEntitiesChangesNothing)
 TEST(History, AnswersInBothDirections)
 {
   Found const found = find_in(SQUARE + line_entity("A", 50, 0, 60, 0) + "0 TEXT\n8 A\n");
-  History const history(found.drawing, found.outcome);
+  History history(found.drawing, found.outcome);
+  history.record_new_contours();
 
   EXPECT_THAT(history.entities_of(0), ElementsAre(0, 1, 2, 3));
   EXPECT_THAT(history.entities_of(1), ElementsAre(4));
@@ -299,7 +304,8 @@ TEST(History, OneEntityMayBeBehindSeveralContours)
   // A triangle with a tail, drawn in one go. Where the tail leaves, the triangle closes.
   Found const found =
       find_in("0 LWPOLYLINE\n8 A\n10 0\n20 0\n10 10\n20 0\n10 10\n20 10\n10 0\n20 0\n10 -9\n20 0\n");
-  History const history(found.drawing, found.outcome);
+  History history(found.drawing, found.outcome);
+  history.record_new_contours();
 
   ASSERT_EQ(found.outcome.contours.size(), 2u);
   EXPECT_THAT(history.contours_of(0), ElementsAre(0, 1));

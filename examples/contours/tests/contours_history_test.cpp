@@ -2,6 +2,7 @@
 
 #include "drawing_text.h"
 #include "dxf_reader.h"
+#include "find_contours.h"
 #include "program_runner.h"
 
 #include <gtest/gtest.h>
@@ -242,9 +243,10 @@ TEST(History, AnswersTheSameWhenItIsSimplified)
       "0 LWPOLYLINE\n5 20\n8 CUT\n70 1\n10 0\n20 0\n10 10\n20 0\n10 10\n20 10\n10 0\n20 10\n" +
       line_entity("CUT", 10, 0, 0, 0) + line_entity("CUT", 30, 0, 40, 0) + line_entity("CUT", 40, 0, 50, 1);
   Drawing const drawing = in_order(polyline_and_double);
-  Outcome const outcome = find_contours(drawing, {}, 0.01, std::nullopt);
-  ASSERT_EQ(outcome.contours.size(), 2u);
-  History history(drawing, outcome);
+  ContourFinder finder(drawing, {}, 0.01, std::nullopt);
+  History history(drawing, finder.outcome());
+  find_contours(finder, history);
+  ASSERT_EQ(finder.outcome().contours.size(), 2u);
 
   for (char const* const when : {"recorded", "simplified", "simplified again"})
   {
@@ -263,12 +265,16 @@ TEST(History, OfAVeryLongContourIsNotSimplifiedUnasked)
   for (int i = 0; i < 4001; ++i)
     run += line_entity("CUT", i, 0, i + 1, 0);
   Drawing const long_run = in_order(run);
-  Outcome const long_outcome = find_contours(long_run, {}, 0.01, std::nullopt);
+  ContourFinder long_finder(long_run, {}, 0.01, std::nullopt);
+  History long_history(long_run, long_finder.outcome());
+  find_contours(long_finder, long_history);
   Drawing const short_runs = in_order(triangles(1400));
-  Outcome const short_outcome = find_contours(short_runs, {}, 0.01, std::nullopt);
-  ASSERT_EQ(long_outcome.contours.size(), 1u);
-  ASSERT_EQ(short_outcome.contours.size(), 1400u);
+  ContourFinder short_finder(short_runs, {}, 0.01, std::nullopt);
+  History short_history(short_runs, short_finder.outcome());
+  find_contours(short_finder, short_history);
+  ASSERT_EQ(long_finder.outcome().contours.size(), 1u);
+  ASSERT_EQ(short_finder.outcome().contours.size(), 1400u);
 
-  EXPECT_FALSE(History(long_run, long_outcome).is_soon_simplified());
-  EXPECT_TRUE(History(short_runs, short_outcome).is_soon_simplified());
+  EXPECT_FALSE(long_history.is_soon_simplified());
+  EXPECT_TRUE(short_history.is_soon_simplified());
 }

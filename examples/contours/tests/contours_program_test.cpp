@@ -134,6 +134,12 @@ TEST(ExitCode, IsTwoForWrongUsage)
       {{"-o", "", "-"}, "--svg: the file name is empty\n"},
       {{"--why", "", "-"}, "--why: the entity is empty\n"},
       {{"-q", "-v", "-"}, "--quiet excludes --verbose\n"},
+      {{"-j", "65", "-"}, "--threads: '65' is no number from 0 to 64\n"},
+      {{"-j", "-1", "-"}, "--threads: '-1' is no number from 0 to 64\n"},
+      {{"-j", "2x", "-"}, "--threads: '2x' is no number from 0 to 64\n"},
+      {{"-j", "", "-"}, "--threads: '' is no number from 0 to 64\n"},
+      {{"-j", "99999999999999999999", "-"}, "--threads: '99999999999999999999' is no number from 0 to 64\n"},
+      {{"--progress", "maybe", "-"}, "--progress: 'maybe' is none of always, auto, never\n"},
   };
   for (auto const& c : cases)
   {
@@ -268,7 +274,7 @@ TEST(Program, HelpAndVersionGoToStandardOutput)
   for (char const* const word :
        {"--tolerance MM", "--units U", "--layer NAME", "--exclude NAME", "--strategy S", "--svg FILE",
         "--why ENTITY", "--history FILE", "--history-raw FILE", "--history-of N", "--format F", "--strict",
-        "--quiet", "--verbose", "--help", "--version"})
+        "--threads N", "--progress P", "--quiet", "--verbose", "--help", "--version"})
     EXPECT_NE(help.out.find(word), std::string::npos) << word;
 
   ProgramRun const version = run_program({"--version"});
@@ -360,7 +366,8 @@ TEST(Program, RemarksOfOneKindAreLimitedUnlessAskedFor)
       some.find("\n<stdin>: 5 more entities that could be cut and were skipped (--verbose names them)\n"),
       std::string::npos);
   std::string const all = run_on(drawing, {"-v"}).err;
-  EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), 25 + 2) << "and two details";
+  EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), 25 + 3)
+      << "and two details, and the statistics of the job";
   EXPECT_EQ(all.find("more"), std::string::npos);
 }
 
@@ -369,9 +376,12 @@ TEST(Program, VerboseTellsHowTheEdgesFellApart)
   ProgramRun const run =
       run_on(SQUARE + "0 CIRCLE\n8 CUT\n10 0\n20 0\n40 1\n0 CIRCLE\n67 1\n10 0\n20 0\n40 1\n", {"-v"});
 
-  EXPECT_EQ(run.err, "<stdin>: 1 unit of the drawing is 1 mm\n"
-                     "<stdin>: 1 entity in paper space left out\n"
-                     "<stdin>: layer CUT: 2 clusters of edges that touch, the largest of 4\n");
+  std::size_t const statistics = run.err.find("<stdin>: job statistics: ");
+  EXPECT_EQ(run.err.substr(0, statistics),
+            "<stdin>: 1 unit of the drawing is 1 mm\n"
+            "<stdin>: 1 entity in paper space left out\n"
+            "<stdin>: layer CUT: 2 clusters of edges that touch, the largest of 4\n");
+  EXPECT_EQ(run.err.find('\n', statistics), run.err.size() - 1) << "one line of them";
 }
 
 TEST(Program, TheTableCutsLongListsUnlessVerbose)
