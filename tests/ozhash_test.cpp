@@ -525,12 +525,13 @@ TEST_F(OzHashTableTest, RemovesAllElementsCellByCellFromTheHead)
 
 TEST_F(OzHashTableTest, DeletesItsNodesAtItsEndWithoutHashing)
 {
-  {
-    Table table(3);
-    for (std::uint32_t i = 0; i < 7; ++i)
-      table.put(i);
-    Table::hashed = 0;
-  }
+  Table* const table = new Table(3);
+  std::unique_ptr<OzHashTable> owner(table);
+  for (std::uint32_t i = 0; i < 7; ++i)
+    table->put(i);
+  Table::hashed = 0;
+
+  owner.reset();
 
   EXPECT_EQ(Node::alive, 0);
   EXPECT_EQ(Table::hashed, 0);

@@ -604,12 +604,13 @@ TEST_F(OzObjTableTest, AnIndexByTextIsAskedOfTheDerivedClass)
 
 TEST_F(OzObjTableTest, DeletesEachEntryOnceAtItsEnd)
 {
-  {
-    Probe table;
-    append(table, {1, 2, 3});
-    table.invalidate_entry(1);
-    Part::deleted.clear();
-  }
+  Probe* const table = new Probe;
+  std::unique_ptr<OzObjectTable> owner(table);
+  append(*table, {1, 2, 3});
+  table->invalidate_entry(1);
+  Part::deleted.clear();
+
+  owner.reset();
 
   EXPECT_EQ(Part::deleted, (Ints{1, 3}));
 }
