@@ -53,7 +53,13 @@
 #include "oztaskprocessor.h"
 #include "oztaskserver.h"
 #include "oztimer.h"
+#include "oztrianglepar.h"
+#include "oztrianglevec.h"
 #include "oztsprocessor.h"
+#include "ozuvpar.h"
+#include "ozuvvec.h"
+#include "ozuvwpar.h"
+#include "ozuvwvec.h"
 #include "ozversionedalgorithm.h"
 
 #endif

@@ -79,7 +79,7 @@ void oz_congruence_info(int value, int period, int base, int& result, int& count
     return;
   }
 
-  // Whole periods below the base give the upper end of the period. Callers rely on it.
+  // Whole periods below the base give the upper end of the period, not the base.
   result = static_cast<int>(period - -distance % period + base);
   count = static_cast<int>(-(-distance / period) - 1);
 }

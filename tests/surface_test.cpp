@@ -139,6 +139,16 @@ TEST(Surface, HasTheFunctionsForNumbers)
       &oz_linear_function_evaluate));
 }
 
+TEST(Surface, PrintsPositionsAndVectorsOfParameters)
+{
+  EXPECT_TRUE(is_there<OzJournal& (*)(OzJournal&, OzUVPar const&)>(&operator<<));
+  EXPECT_TRUE(is_there<OzJournal& (*)(OzJournal&, OzUVVec const&)>(&operator<<));
+  EXPECT_TRUE(is_there<OzJournal& (*)(OzJournal&, OzUVWPar const&)>(&operator<<));
+  EXPECT_TRUE(is_there<OzJournal& (*)(OzJournal&, OzUVWVec const&)>(&operator<<));
+  EXPECT_TRUE(is_there<OzJournal& (*)(OzJournal&, OzTrianglePar const&)>(&operator<<));
+  EXPECT_TRUE(is_there<OzJournal& (*)(OzJournal&, OzTriangleVec const&)>(&operator<<));
+}
+
 TEST(Surface, HasTheFunctionsForTiming)
 {
   EXPECT_TRUE(is_there<void (*)(int&, char*, char*, int)>(&time_start));
