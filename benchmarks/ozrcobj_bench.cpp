@@ -1,6 +1,7 @@
-// A counted reference is copied and dropped wherever an attribute or an observer changes hands. The peer is
+// A counted reference is copied and dropped wherever an attribute or an observer changes hands. One peer is
 // a shared pointer, object and count in one block; its count is atomic as soon as the process has threads,
-// and a process with this library in it has. So a thread is kept waiting while the times are taken.
+// and a process with this library in it has. So a thread is kept waiting while the times are taken. The other
+// is an intrusive pointer as one would write it by hand, over a plain count without virtual operations.
 
 #include "ozattrib.h"
 #include "ozrcobj.h"
@@ -67,8 +68,59 @@ private:
   mutable int count = 0;
 };
 
+struct PlainCounted : Plain
+{
+  int count = 0;
+};
+
+/// No more than it must be: no check, no virtual operation but the destructor.
+class Intrusive
+{
+public:
+  Intrusive() = default;
+  explicit Intrusive(PlainCounted* counted)
+    : object(counted)
+  {
+    take();
+  }
+  Intrusive(Intrusive const& other)
+    : object(other.object)
+  {
+    take();
+  }
+  Intrusive& operator=(Intrusive const& other)
+  {
+    PlainCounted* const old = object;
+    object = other.object;
+    take();
+    drop(old);
+    return *this;
+  }
+  ~Intrusive() { drop(object); }
+  PlainCounted* get() const { return object; }
+
+private:
+  void take() const
+  {
+    if (object != nullptr)
+      ++object->count;
+  }
+  static void drop(PlainCounted* old)
+  {
+    if (old != nullptr && --old->count == 0)
+      delete old;
+  }
+
+  PlainCounted* object = nullptr;
+};
+
 template <class Pointer>
 Pointer make();
+template <>
+Intrusive make()
+{
+  return Intrusive(new PlainCounted);
+}
 template <>
 OzRCPtr<Counted> make()
 {
@@ -122,6 +174,8 @@ void Assign(benchmark::State& state)
 BENCHMARK(CopyAndDrop<OzRCPtr<OzAttrib>>)->Arg(16)->Arg(1024);
 BENCHMARK(CopyAndDrop<OzRCPtr<Counted>>)->Arg(16)->Arg(1024);
 BENCHMARK(CopyAndDrop<std::shared_ptr<Plain>>)->Arg(16)->Arg(1024);
+BENCHMARK(CopyAndDrop<Intrusive>)->Arg(16)->Arg(1024);
 BENCHMARK(Assign<OzRCPtr<OzAttrib>>)->Arg(16)->Arg(1024);
 BENCHMARK(Assign<OzRCPtr<Counted>>)->Arg(16)->Arg(1024);
 BENCHMARK(Assign<std::shared_ptr<Plain>>)->Arg(16)->Arg(1024);
+BENCHMARK(Assign<Intrusive>)->Arg(16)->Arg(1024);
