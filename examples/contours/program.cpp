@@ -12,6 +12,7 @@
 #include "progress_bar.h"
 #include "remarks.h"
 #include "report.h"
+#include "result.h"
 #include "stop_flag.h"
 #include "text.h"
 #include "units.h"
@@ -64,12 +65,12 @@ std::string result_text(Options const& options, Report const& report)
   return table(report, options.verbosity == Verbosity::VERBOSE);
 }
 
-int verdict(Outcome const& outcome, bool strict)
+Result verdict(Outcome const& outcome, bool strict)
 {
   bool const cut_as_drawn = !outcome.contours.empty() && outcome.closed() == outcome.contours.size() &&
                             outcome.branches.empty() && outcome.not_supported == 0;
   bool const tidy = outcome.duplicates.empty() && outcome.skipped.empty();
-  return cut_as_drawn && (tidy || !strict) ? EXIT_ALL_CLOSED : EXIT_NOT_ALL_CLOSED;
+  return cut_as_drawn && (tidy || !strict) ? Result() : Result(Result::NOT_ALL_CLOSED);
 }
 
 /// Whether one would overwrite the other; a pipe or a terminal takes both.
@@ -81,8 +82,8 @@ bool is_same_file(std::string const& a, std::string const& b)
   return a == b || std::filesystem::equivalent(a, b, not_there);
 }
 
-/// Whether no output would overwrite the drawing or another output.
-bool outputs_are_apart(Options const& options, Messages& messages)
+/// A failure, if an output would overwrite the drawing or another output.
+Result check_outputs(Options const& options)
 {
   std::vector<std::pair<std::string, std::string>> taken;
   if (options.drawing != "-")
@@ -94,14 +95,12 @@ bool outputs_are_apart(Options const& options, Messages& messages)
       continue;
     for (auto const& [other, path] : taken)
     {
-      if (!is_same_file(file, path))
-        continue;
-      messages.error(0, "the " + std::string(what) + " file would overwrite the " + other);
-      return false;
+      if (is_same_file(file, path))
+        return Result(Result::WRONG_USAGE, "the " + std::string(what) + " file would overwrite the " + other);
     }
     taken.emplace_back(std::string(what) + " file", file);
   }
-  return true;
+  return Result();
 }
 
 bool has_bar(Options const& options, std::ostream const& err)
@@ -111,7 +110,7 @@ bool has_bar(Options const& options, std::ostream const& err)
          (options.progress == ShowProgress::AUTO && on_terminal && options.verbosity != Verbosity::QUIET);
 }
 
-/// Reads, joins and writes. What goes wrong is thrown.
+/// Reads, joins and writes.
 class Run
 {
 public:
@@ -125,22 +124,24 @@ public:
   {
   }
 
-  int execute()
+  /// A failure, a warning where the drawing can't be cut as it stands, or that all is well. What only a lack of memory,
+  /// a bug or Ctrl-C can bring about is thrown.
+  Result execute()
   {
-    Drawing drawing = read_drawing(read());
-    double const unit = unit_of(options, drawing);
-    scale_to_millimetres(drawing, unit);
-    order_entities(drawing);
-    std::optional<std::size_t> const asked = find_asked_entity(drawing);
-    if (!options.why.empty() && !asked)
-      return EXIT_USAGE;
+    Drawing drawing;
+    double unit = 1.0;
+    if (Result const result = read(drawing, unit); result.failed())
+      return result;
+    std::optional<std::size_t> asked;
+    if (Result const result = find_asked_entity(drawing, asked); result.failed())
+      return result;
 
     ContourFinder finder(drawing, options.layers, options.tolerance_mm, options.strategy);
     Outcome& outcome = finder.outcome();
     History history(drawing, outcome);
     JobFigures const figures = sort_clusters(finder, history);
-    if (!has_asked_contours(outcome))
-      return EXIT_USAGE;
+    if (Result const result = check_asked_contours(outcome); result.failed())
+      return result;
     take_pictures(history);
     add_sources(outcome, history);
 
@@ -149,18 +150,30 @@ public:
     tell_figures(figures, messages);
     tell_remarks(report, options.layers, messages);
     std::string const text = asked ? why(report, history, *asked) : result_text(options, report);
-    if (!write_results(report, text))
-      return EXIT_OUTPUT;
+    if (Result const result = write_results(report, text); result.failed())
+      return result;
     return verdict(outcome, options.strict);
   }
 
 private:
-  /// Until it is read there is nothing that Ctrl-C could leave half done, and the input may keep us waiting for ever.
-  std::string read()
+  /// A drawing in millimetres with its entities in order.
+  Result read(Drawing& drawing, double& unit)
   {
-    std::string text = read_input(options.drawing, in);
-    interrupt.emplace(stop);
-    return text;
+    try
+    {
+      std::string const text = read_input(options.drawing, in);
+      // Until now there was nothing that Ctrl-C could leave half done, and the input could keep us waiting for ever.
+      interrupt.emplace(stop);
+      drawing = read_drawing(text);
+      unit = unit_of(options, drawing);
+      scale_to_millimetres(drawing, unit);
+    }
+    catch (InputError const& error)
+    {
+      return Result(Result::BAD_INPUT, error.what(), error.line());
+    }
+    order_entities(drawing);
+    return Result();
   }
 
   /// Fills in the contours, and records them.
@@ -181,31 +194,29 @@ private:
     return figures;
   }
 
-  std::optional<std::size_t> find_asked_entity(Drawing const& drawing)
+  /// Leaves `asked` alone where nobody asks.
+  Result find_asked_entity(Drawing const& drawing, std::optional<std::size_t>& asked)
   {
     if (options.why.empty())
-      return std::nullopt;
+      return Result();
     auto const found = std::find_if(drawing.entities.begin(), drawing.entities.end(),
                                     [this](Entity const& entity) { return is_named(entity, options.why); });
     if (found == drawing.entities.end())
-    {
-      messages.error(0, "there is no entity " + printable(options.why) + " in this drawing");
-      return std::nullopt;
-    }
-    return static_cast<std::size_t>(found - drawing.entities.begin());
+      return Result(Result::WRONG_USAGE, "there is no entity " + printable(options.why) + " in this drawing");
+    asked = static_cast<std::size_t>(found - drawing.entities.begin());
+    return Result();
   }
 
-  bool has_asked_contours(Outcome const& outcome)
+  Result check_asked_contours(Outcome const& outcome)
   {
     for (std::size_t const number : options.history_of)
     {
-      if (number <= outcome.contours.size())
-        continue;
-      messages.error(0, "there is no contour " + std::to_string(number) + ": " +
-                            counted(outcome.contours.size(), "contour was", "contours were") + " found");
-      return false;
+      if (number > outcome.contours.size())
+        return Result(Result::WRONG_USAGE,
+                      "there is no contour " + std::to_string(number) + ": " +
+                          counted(outcome.contours.size(), "contour was", "contours were") + " found");
     }
-    return true;
+    return Result();
   }
 
   /// Simplifies the history, and keeps the pictures of it that were asked for.
@@ -224,7 +235,7 @@ private:
   }
 
   /// All of them or, unless the last step fails, none.
-  bool write_files()
+  Result write_files()
   {
     std::string name;
     try
@@ -243,30 +254,28 @@ private:
         name = files[i].first;
         written[i].take_place();
       }
-      return true;
+      return Result();
     }
     catch (OutputError const& error)
     {
-      messages.error(0, "cannot write " + printable(name) + ": " + error.what());
-      return false;
+      return Result(Result::BAD_OUTPUT, "cannot write " + printable(name) + ": " + error.what());
     }
   }
 
-  bool write_results(Report const& report, std::string const& text)
+  Result write_results(Report const& report, std::string const& text)
   {
     if (!options.svg.empty())
       files.emplace_back(options.svg, svg(report));
     // The files first: where one fails, nothing was said that looks like success.
-    if (!write_files())
-      return false;
+    if (Result const result = write_files(); result.failed())
+      return result;
     // Whoever reads the standard output may keep us waiting.
     interrupt.reset();
     errno = 0;
     if (out << text << std::flush)
-      return true;
-    messages.error(0, std::string("cannot write to standard output") +
-                          (errno == 0 ? "" : std::string(": ") + std::strerror(errno)));
-    return false;
+      return Result();
+    return Result(Result::BAD_OUTPUT, std::string("cannot write to standard output") +
+                                          (errno == 0 ? "" : std::string(": ") + std::strerror(errno)));
   }
 
   Options const& options;
@@ -280,6 +289,27 @@ private:
   std::vector<std::pair<std::string, std::string>> files; // to be written: names and texts
 };
 
+Result completed(Run&& run)
+{
+  try
+  {
+    return run.execute();
+  }
+  catch (Cancelled const& cancelled)
+  {
+    return Result(Result::CANCELLED, cancelled.what());
+  }
+  catch (std::bad_alloc const&)
+  {
+    return Result(Result::NO_MEMORY);
+  }
+  catch (std::exception const& error)
+  {
+    return Result(Result::BUG, std::string(error.what()) +
+                                   ". This is a bug: please report it with this line and the drawing.");
+  }
+}
+
 } // namespace
 
 int run(int argc, char const* const* argv, std::istream& in, std::ostream& out, std::ostream& err)
@@ -290,33 +320,12 @@ int run(int argc, char const* const* argv, std::istream& in, std::ostream& out, 
     return *code;
 
   Messages messages(err, options.drawing == "-" ? "<stdin>" : printable(options.drawing), options.verbosity);
-  if (!outputs_are_apart(options, messages))
-    return EXIT_USAGE;
-  try
-  {
-    return Run(options, in, out, err, messages).execute();
-  }
-  catch (InputError const& error)
-  {
-    messages.error(error.line(), error.what());
-    return EXIT_INPUT;
-  }
-  catch (Cancelled const& cancelled)
-  {
-    messages.error(0, cancelled.what());
-    return EXIT_CANCELLED;
-  }
-  catch (std::bad_alloc const&)
-  {
-    messages.error(0, "there is not enough memory for this drawing");
-    return EXIT_INPUT;
-  }
-  catch (std::exception const& error)
-  {
-    messages.error(0, std::string(error.what()) +
-                          ". This is a bug: please report it with this line and the drawing.");
-    return EXIT_BUG;
-  }
+  Result result = check_outputs(options);
+  if (result.ok())
+    result = completed(Run(options, in, out, err, messages));
+  if (result.failed())
+    messages.error(result.line(), result.message().as_const_c_string());
+  return exit_code(result);
 }
 
 } // namespace contours
