@@ -2,6 +2,7 @@
 
 #include "cluster_job.h"
 #include "exit_codes.h"
+#include "flavours.h"
 #include "text.h"
 #include "units.h"
 
@@ -37,6 +38,8 @@ std::map<std::string, Strategy> const STRATEGIES = {{"closest", OzEdgeSorter::Oz
 std::map<std::string, ShowProgress> const SHOW_PROGRESS = {
     {"auto", ShowProgress::AUTO}, {"always", ShowProgress::ALWAYS}, {"never", ShowProgress::NEVER}};
 
+std::map<std::string, short> const FLAVOURS = {{"1", CLOSEST_FIRST}, {"2", BY_SIZE}};
+
 constexpr char const* HELP =
     R"(Joins the loose lines and arcs of a DXF drawing to contours that can be cut, and says
 from which entities of the drawing each contour comes.
@@ -48,6 +51,8 @@ oz-contours [options] DRAWING.dxf        ("-" reads standard input)
   -x, --exclude NAME     not this layer (repeatable, * allowed)
       --strategy S       closest | grow | sequential | first-fit
                          [closest; grow for a cluster of more than 500 edges]
+      --flavour N        1 | 2: the rule behind that choice, to make an old result
+                         again; --strategy wins over it          [2, the newest]
   -o, --svg FILE         contours as SVG, in millimetres; open ones red and dashed
   -g, --history FILE     which entities went into which contours, for Graphviz (dot)
       --history-raw FILE the same with the edges in between, as it was recorded
@@ -140,6 +145,7 @@ std::optional<int> read_command_line(int argc, char const* const* argv, Options&
 
   std::string units;
   std::string strategy;
+  std::string flavour;
   std::string format;
   std::string threads;
   std::string progress;
@@ -153,6 +159,7 @@ std::optional<int> read_command_line(int argc, char const* const* argv, Options&
   app.add_option("-l,--layer", options.layers.only)->allow_extra_args(false);
   app.add_option("-x,--exclude", options.layers.exclude)->allow_extra_args(false);
   app.add_option("--strategy", strategy);
+  app.add_option("--flavour", flavour);
   app.add_option("-o,--svg", options.svg);
   app.add_option("-g,--history", options.history);
   app.add_option("--history-raw", options.raw_history);
@@ -173,6 +180,8 @@ std::optional<int> read_command_line(int argc, char const* const* argv, Options&
       options.unit_mm = unit_named(units);
     if (app.count("--strategy") > 0)
       options.strategy = named(STRATEGIES, "--strategy", strategy);
+    if (app.count("--flavour") > 0)
+      options.flavour = named(FLAVOURS, "--flavour", flavour);
     if (app.count("--format") > 0)
       options.format = named(FORMATS, "--format", format);
     if (app.count("--threads") > 0)

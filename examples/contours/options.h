@@ -35,7 +35,8 @@ struct Options
   double tolerance_mm = 0.01;
   std::optional<double> unit_mm; ///< in place of what the drawing says
   LayerChoice layers;
-  std::optional<Strategy> strategy;
+  std::optional<Strategy> strategy; ///< in place of what the flavour says
+  std::optional<short> flavour;     ///< in place of the one that applies in this process
   std::string svg;                  ///< a file name; empty for none
   std::string history;              ///< a file name; empty for none
   std::string raw_history;          ///< a file name; empty for none

@@ -4,6 +4,7 @@
 #include "dxf_reader.h"
 #include "exit_codes.h"
 #include "failed_checks.h"
+#include "flavours.h"
 #include "input_error.h"
 #include "input_file.h"
 #include "interrupt.h"
@@ -63,6 +64,12 @@ std::string result_text(Options const& options, Report const& report)
     break;
   }
   return table(report, options.verbosity == Verbosity::VERBOSE);
+}
+
+/// What the user says, or the flavour that applies.
+std::optional<Strategy> chosen_strategy(Options const& options)
+{
+  return options.strategy ? options.strategy : strategy_of(flavour_to_apply());
 }
 
 Result verdict(Outcome const& outcome, bool strict)
@@ -136,7 +143,7 @@ public:
     if (Result const result = find_asked_entity(drawing, asked); result.failed())
       return result;
 
-    ContourFinder finder(drawing, options.layers, options.tolerance_mm, options.strategy);
+    ContourFinder finder(drawing, options.layers, options.tolerance_mm, chosen_strategy(options));
     Outcome& outcome = finder.outcome();
     History history(drawing, outcome);
     JobFigures const figures = sort_clusters(finder, history);
@@ -320,6 +327,9 @@ int run(int argc, char const* const* argv, std::istream& in, std::ostream& out, 
     return *code;
 
   Messages messages(err, options.drawing == "-" ? "<stdin>" : printable(options.drawing), options.verbosity);
+  std::optional<KeptFlavour> kept;
+  if (options.flavour)
+    kept.emplace(*options.flavour);
   Result result = check_outputs(options);
   if (result.ok())
     result = completed(Run(options, in, out, err, messages));
