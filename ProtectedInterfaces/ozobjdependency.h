@@ -133,6 +133,8 @@ private:
   // Simplification. n1 is a source of n2, the node about to go, and n3 one of its targets.
 
   bool simplify_step();
+  /// A step in which only the roots in `turns` have one; `turns` is then those that need one in the next step.
+  bool simplify_roots(NodeSet& turns);
   /// `rn1` and `unchecked_roots` may be null.
   bool prepare_removal_of_n2(OzObjDepSimplifyContext& context, OzObjDepNode* n2, OzObjDepNode* rn1,
                              NodeSet* unchecked_roots);
@@ -145,6 +147,8 @@ private:
   static void commit_changes(OzObjDepSimplifyContext& context, ObjectNodeMap& nodes);
   static void prune_null_node_links(OzObjDepNode* node, bool sources);
   void clean_up_null_node();
+  static OzAddressSet<OzObjDepLink*> const& open_sources(OzObjDepSimplifyContext& context, OzObjDepNode* n2,
+                                                         OzObjDepNode* rn1, NodeSet const* unchecked_roots);
   void link_n1_to_n3(OzObjDepSimplifyContext& context, OzObjDepNode* n1, OzObjDepNode* n2,
                      OzObjDepLink const* l12, OzObjDepLink const* t);
   static void remove_n2(OzObjDepSimplifyContext& context, OzObjDepNode* n2);

@@ -2,6 +2,7 @@
 
 #include "ozassert.h"
 #include "ozjournal.h"
+#include "ozobjdependency_hubs_p.h"
 #include "ozobjdependency_p.h"
 
 #include <algorithm>
@@ -186,7 +187,8 @@ struct OzObjDepSimplifyContext
   // therefore need no link. Whether some n2a does not lie below a given node is all that is ever asked, so
   // the highest one stands for all.
   std::unordered_map<NodePair, OzObjDepNode*, NodePairHash> triples_to_skip;
-  std::vector<Way> ways;  // of the path at hand; here so that its memory serves for all
+  std::vector<Way> ways; // of the path at hand; here so that its memory serves for all
+  OzObjDepHubs hubs;
   OzJournal* const trace; // not owned, may be null
 
 private:
@@ -262,18 +264,19 @@ std::uint64_t count_type(OzObjDepLinkSet const& links, Type type)
   return n;
 }
 
-bool has_exactly_one(OzObjDepLinkSet const& links, Type type)
+/// The only record of `type`; null if there is none, or another.
+OzObjDepLink* only_one(OzObjDepLinkSet const& links, Type type)
 {
-  bool has_one = false;
-  for (OzObjDepLink const* link : links)
+  OzObjDepLink* one = nullptr;
+  for (OzObjDepLink* link : links)
   {
     if (link == nullptr || link->dependency_type != type)
       continue;
-    if (has_one)
-      return false;
-    has_one = true;
+    if (one != nullptr)
+      return nullptr;
+    one = link;
   }
-  return has_one;
+  return one;
 }
 
 /// The nodes of a list, each once and in the order of the walks.
@@ -285,97 +288,315 @@ OzAddressSet<OzObjDepNode*> set_of(OzArray<OzObjDepNode*> const& nodes)
   return set;
 }
 
-/// Retypes all of a node's forward records of type `from`, each with its partner at the other end.
-void retype_targets(OzObjDepNode* node, Type from, Type to)
+/// The links that a commit has entered, by either end.
+class NewLinks
 {
-  for (OzObjDepLink* link : node->target_links)
-  {
-    if (link == nullptr || link->dependency_type != from)
-      continue;
-    link->dependency_type = to;
-    OzObjDepLink* const partner = link->node != nullptr ? link->node->source_link_map.value(node) : nullptr;
-    OZ_ASSERT(partner != nullptr);
-    if (partner != nullptr)
-      partner->dependency_type = to;
-  }
-}
+public:
+  void add(OzObjDepNode* source, OzObjDepNode* target) { links.push_back({source, target}); }
 
-/// The same for the backward records.
-void retype_sources(OzObjDepNode* node, Type from, Type to)
-{
-  for (OzObjDepLink* link : node->source_links)
+  std::vector<OzObjDepNode*> targets() const
   {
-    if (link == nullptr || link->dependency_type != from)
-      continue;
-    link->dependency_type = to;
-    OzObjDepLink* const partner = link->node != nullptr ? link->node->target_link_map.value(node) : nullptr;
-    OZ_ASSERT(partner != nullptr);
-    if (partner != nullptr)
-      partner->dependency_type = to;
+    std::vector<OzObjDepNode*> nodes;
+    for (Ends const& ends : links)
+      nodes.push_back(ends.target);
+    return nodes;
   }
-}
+
+  /// The backward records of `target` that are new and of type ABSORPTION.
+  std::vector<OzObjDepLink*> absorptions_of_target(OzObjDepNode* target)
+  {
+    sort(by_target, [](Ends const& ends) { return ends.target; });
+    return absorptions(
+        by_target, target, [](Ends const& ends) { return ends.target; },
+        [](Ends const& ends) { return ends.target->source_link_map.value(ends.source); });
+  }
+  /// The same for the forward records of `source`.
+  std::vector<OzObjDepLink*> absorptions_of_source(OzObjDepNode* source)
+  {
+    sort(by_source, [](Ends const& ends) { return ends.source; });
+    return absorptions(
+        by_source, source, [](Ends const& ends) { return ends.source; },
+        [](Ends const& ends) { return ends.source->target_link_map.value(ends.target); });
+  }
+
+private:
+  struct Ends
+  {
+    OzObjDepNode* source;
+    OzObjDepNode* target;
+  };
+
+  template <class End>
+  void sort(std::vector<Ends>& sorted, End end)
+  {
+    if (!sorted.empty())
+      return;
+    sorted = links;
+    std::sort(sorted.begin(), sorted.end(),
+              [&](Ends const& a, Ends const& b) { return std::less<OzObjDepNode*>()(end(a), end(b)); });
+  }
+  template <class End, class Record>
+  static std::vector<OzObjDepLink*> absorptions(std::vector<Ends> const& sorted, OzObjDepNode* node, End end,
+                                                Record record)
+  {
+    std::vector<OzObjDepLink*> list;
+    auto at = std::lower_bound(sorted.begin(), sorted.end(), node,
+                               [&](Ends const& ends, OzObjDepNode* wanted)
+                               { return std::less<OzObjDepNode*>()(end(ends), wanted); });
+    for (; at != sorted.end() && end(*at) == node; ++at)
+    {
+      // One that went again in the same commit is not there any more.
+      OzObjDepLink* const link = record(*at);
+      if (link != nullptr && link->dependency_type == OzObjectDependency::ABSORPTION)
+        list.push_back(link);
+    }
+    return list;
+  }
+
+  std::vector<Ends> links;
+  std::vector<Ends> by_target;
+  std::vector<Ends> by_source;
+};
 
 /// An ABSORPTION stays one only where both ends are pure: all targets of the source and all sources of the
 /// target are ABSORPTION. Elsewhere it becomes CREATION.
-void clean_up_absorptions(OzArray<OzObjDepNode*> const& touched_targets)
+///
+/// Looked at are the sources that the targets of new links absorb, and then all that absorbs these sources, no
+/// farther: what a change there makes impure waits until a new link comes near it.
+class AbsorptionCleanUp
 {
-  OzAddressSet<OzObjDepNode*> absorbing_sources;
-  OzAddressSet<OzObjDepNode*> absorbing_targets;
-  for (OzObjDepNode* target : set_of(touched_targets))
+public:
+  AbsorptionCleanUp(OzObjDepSimplifyContext& context, NewLinks& links_of_the_commit)
+    : hubs(context.hubs)
+    , root(context.root)
+    , new_links(links_of_the_commit)
   {
+  }
+
+  void run()
+  {
+    for (OzObjDepNode* target : each_once(new_links.targets()))
+      collect_sources(target);
+    for (OzObjDepNode* source : each_once(sources))
+      clean_up_source(source);
+    for (OzObjDepNode* target : each_once(targets))
+      clean_up_target(target);
+  }
+
+private:
+  static std::vector<OzObjDepNode*> each_once(std::vector<OzObjDepNode*> nodes)
+  {
+    std::sort(nodes.begin(), nodes.end(), std::less<OzObjDepNode*>());
+    nodes.erase(std::unique(nodes.begin(), nodes.end()), nodes.end());
+    return nodes;
+  }
+  static bool is_absorption(OzObjDepLink const* link)
+  {
+    return link != nullptr && link->dependency_type == OzObjectDependency::ABSORPTION;
+  }
+
+  void collect_sources(OzObjDepNode* target)
+  {
+    OzObjDepHubs::Hub* const hub = hubs.find(target);
+    if (hub != nullptr && hub->backward_absorptions == 0)
+      return;
+
+    if (hub != nullptr)
+    {
+      std::vector<OzObjDepLink*> const absorptions = new_links.absorptions_of_target(target);
+      bool const are_all_new = absorptions.size() == hub->backward_absorptions;
+      if (hub->is_target_in_order || are_all_new)
+      {
+        targets.push_back(target);
+        for (OzObjDepLink const* link : absorptions)
+          sources.push_back(link->node);
+        hub->is_target_in_order = true;
+        return;
+      }
+      // From here on it is: whatever is not is put in order, or takes the mark off again.
+      hub->is_target_in_order = true;
+    }
+
     for (OzObjDepLink const* link : target->source_links)
     {
-      if (link == nullptr || link->dependency_type != OzObjectDependency::ABSORPTION)
+      if (!is_absorption(link))
         continue;
-      absorbing_targets.insert(target);
+      targets.push_back(target);
       OZ_ASSERT(link->node != nullptr);
-      if (link->node != nullptr)
-        absorbing_sources.insert(link->node);
+      if (link->node == nullptr)
+        continue;
+      sources.push_back(link->node);
+      if (hubs.any() && !has_forward_partner(target, link))
+        hubs.give_up();
     }
   }
 
-  for (OzObjDepNode* source : absorbing_sources)
+  void clean_up_source(OzObjDepNode* source)
   {
+    // A root has its turn once, so that it is looked through once.
+    OzObjDepHubs::Hub* const hub = source == root ? hubs.known(source) : hubs.find(source);
+    std::uint64_t const n_targets = source->target_links.size();
+    if (hub != nullptr && hub->forward_absorptions == n_targets && hub->is_source_in_order)
+      return;
+
+    if (hub != nullptr && hub->forward_absorptions != n_targets)
+    {
+      std::vector<OzObjDepLink*> const absorptions = new_links.absorptions_of_source(source);
+      if (!absorptions.empty() && absorptions.size() == hub->forward_absorptions)
+      {
+        for (OzObjDepLink* link : absorptions)
+        {
+          targets.push_back(link->node);
+          retype_forward(source, link);
+        }
+        return;
+      }
+    }
+
+    std::uint64_t absorptions = 0;
     for (OzObjDepLink const* link : source->target_links)
     {
-      if (link == nullptr || link->dependency_type != OzObjectDependency::ABSORPTION)
+      if (!is_absorption(link))
         continue;
+      ++absorptions;
       OZ_ASSERT(link->node != nullptr);
-      if (link->node != nullptr)
-        absorbing_targets.insert(link->node);
+      if (link->node == nullptr)
+        continue;
+      targets.push_back(link->node);
+      if (hubs.any() && !has_backward_partner(source, link))
+        hubs.give_up();
     }
-
-    std::uint64_t const absorptions = count_type(source->target_links, OzObjectDependency::ABSORPTION);
     OZ_ASSERT(absorptions != 0);
-    if (absorptions != source->target_links.size())
-      retype_targets(source, OzObjectDependency::ABSORPTION, OzObjectDependency::CREATION);
+    if (hub != nullptr)
+      hub->is_source_in_order = true;
+    if (absorptions == n_targets)
+      return;
+    for (OzObjDepLink* link : source->target_links)
+      if (is_absorption(link))
+        retype_forward(source, link);
   }
 
-  for (OzObjDepNode* target : absorbing_targets)
+  void clean_up_target(OzObjDepNode* target)
   {
-    std::uint64_t const absorptions = count_type(target->source_links, OzObjectDependency::ABSORPTION);
-    if (absorptions != target->source_links.size())
-      retype_sources(target, OzObjectDependency::ABSORPTION, OzObjectDependency::CREATION);
+    OzObjDepHubs::Hub* const hub = hubs.find(target);
+    std::uint64_t const absorptions = hub != nullptr
+                                          ? hub->backward_absorptions
+                                          : count_type(target->source_links, OzObjectDependency::ABSORPTION);
+    if (absorptions == 0 || absorptions == target->source_links.size())
+      return;
+
+    if (hub != nullptr)
+    {
+      std::vector<OzObjDepLink*> const news = new_links.absorptions_of_target(target);
+      if (news.size() == absorptions)
+      {
+        for (OzObjDepLink* link : news)
+          retype_backward(target, link);
+        return;
+      }
+    }
+    for (OzObjDepLink* link : target->source_links)
+      if (is_absorption(link))
+        retype_backward(target, link);
   }
+
+  void retype_forward(OzObjDepNode* source, OzObjDepLink* link)
+  {
+    OzObjDepLink* const partner = link->node != nullptr ? link->node->source_link_map.value(source) : nullptr;
+    OZ_ASSERT(partner != nullptr);
+    if (!is_absorption(partner))
+      hubs.give_up();
+    else
+      hubs.absorption_of_source_ends(source, link->node);
+    link->dependency_type = OzObjectDependency::CREATION;
+    if (partner != nullptr)
+      partner->dependency_type = OzObjectDependency::CREATION;
+  }
+
+  void retype_backward(OzObjDepNode* target, OzObjDepLink* link)
+  {
+    OzObjDepLink* const partner = link->node != nullptr ? link->node->target_link_map.value(target) : nullptr;
+    OZ_ASSERT(partner != nullptr);
+    if (!is_absorption(partner))
+      hubs.give_up();
+    else
+      hubs.absorption_of_target_ends(link->node, target);
+    link->dependency_type = OzObjectDependency::CREATION;
+    if (partner != nullptr)
+      partner->dependency_type = OzObjectDependency::CREATION;
+  }
+
+  static bool has_forward_partner(OzObjDepNode* target, OzObjDepLink const* link)
+  {
+    OzObjDepLink* const partner = link->node->target_link_map.value(target);
+    return is_absorption(partner) && link->node->target_links.contains(partner) &&
+           target->source_link_map.value(link->node) == link;
+  }
+  static bool has_backward_partner(OzObjDepNode* source, OzObjDepLink const* link)
+  {
+    OzObjDepLink* const partner = link->node->source_link_map.value(source);
+    return is_absorption(partner) && link->node->source_links.contains(partner) &&
+           source->target_link_map.value(link->node) == link;
+  }
+
+  OzObjDepHubs& hubs;
+  OzObjDepNode const* const root;
+  NewLinks& new_links;
+  std::vector<OzObjDepNode*> sources; // that a target of a new link absorbs
+  std::vector<OzObjDepNode*> targets; // that absorb one of these
+};
+
+/// A split with a single product is no split.
+void clean_up_lone_split(OzObjDepSimplifyContext& context, OzObjDepNode* source)
+{
+  OzObjDepHubs::Hub* const hub =
+      source == context.root ? context.hubs.known(source) : context.hubs.find(source);
+  if (hub != nullptr && hub->forward_splits != 1)
+    return;
+  OzObjDepLink* const link = only_one(source->target_links, OzObjectDependency::SPLIT);
+  if (link == nullptr)
+    return;
+
+  Type const type =
+      context.split_modificational ? OzObjectDependency::MODIFICATION : OzObjectDependency::CREATION;
+  link->dependency_type = type;
+  if (hub != nullptr)
+    hub->forward_splits = 0;
+  OzObjDepLink* const partner = link->node != nullptr ? link->node->source_link_map.value(source) : nullptr;
+  OZ_ASSERT(partner != nullptr);
+  if (partner == nullptr || partner->dependency_type != OzObjectDependency::SPLIT)
+    context.hubs.give_up();
+  if (partner != nullptr)
+    partner->dependency_type = type;
 }
 } // namespace
 
 void OzObjDependency::simplify_it()
 {
+  NodeSet turns = roots;
+  bool changed = false;
   do
   {
     OZ_ASSERT(is_valid(nullptr));
-  } while (simplify_step());
+    changed = simplify_roots(turns);
+  } while (changed);
 }
 
 bool OzObjDependency::simplify_step()
 {
+  NodeSet turns = roots;
+  return simplify_roots(turns);
+}
+
+bool OzObjDependency::simplify_roots(NodeSet& turns)
+{
   OzObjDepSimplifyContext context(consider_split_modificational(), simplify_trace);
-  NodeSet unchecked_roots = roots;
+  NodeSet unchecked_roots = turns;
+  NodeSet unfinished;
   trace_line(simplify_trace, "\"simplify_step\" with ", roots.size(), " roots.");
   bool changed = false;
 
-  for (OzObjDepNode* rn1 : roots)
+  for (OzObjDepNode* rn1 : turns)
   {
     OZ_ASSERT(rn1 != nullptr);
     if (rn1 == nullptr)
@@ -385,14 +606,18 @@ bool OzObjDependency::simplify_step()
     bool const was_unchecked = unchecked_roots.erase(rn1);
     OZ_ASSERT(was_unchecked);
     context.root = rn1;
+    bool has_changed = false;
     for (OzObjDepLink const* link : rn1->target_links)
     {
       if (link == nullptr)
         continue;
       trace_line(simplify_trace, "   n2 = ", identity(link->node));
       if (prepare_removal_of_n2(context, link->node, rn1, &unchecked_roots))
-        changed = true;
+        has_changed = true;
     }
+    changed = changed || has_changed;
+    if (has_changed)
+      unfinished.insert(rn1);
     commit_changes(context, object_node_map);
   }
 
@@ -411,6 +636,19 @@ bool OzObjDependency::simplify_step()
 
   if (changed && object_node_map.contains(nullptr))
     clean_up_null_node();
+
+  // Nodes without targets never get any, so a root that has only such targets has nothing to do in later
+  // steps. It is passed over there, unless somebody reads along or the graph is damaged.
+  if (simplify_trace != nullptr || dkb_assertion_handler != nullptr || context.hubs.has_given_up() ||
+      later.hubs.has_given_up())
+  {
+    turns = roots;
+    return changed;
+  }
+  turns.clear();
+  for (OzObjDepNode* root : unfinished)
+    if (roots.contains(root))
+      turns.insert(root);
   return changed;
 }
 
@@ -450,8 +688,9 @@ bool OzObjDependency::prepare_removal_of_n2(OzObjDepSimplifyContext& context, Oz
   }
 
   OzArray<OzObjDepLink*> done_sources;
-  bool complete = true;
-  for (OzObjDepLink* s : n2->source_links)
+  OzObjDepLinkSet const& sources = open_sources(context, n2, rn1, unchecked_roots);
+  bool complete = sources.size() == n2->source_links.size();
+  for (OzObjDepLink* s : sources)
   {
     if (s == nullptr || s->node == nullptr)
       continue;
@@ -497,12 +736,50 @@ bool OzObjDependency::prepare_removal_of_n2(OzObjDepSimplifyContext& context, Oz
 
   for (OzObjDepLink*& link : done_sources)
   {
+    context.hubs.backward_leaves(n2, link);
     bool const removed = remove_source_link(n2, link);
     OZ_ASSERT(removed);
   }
   if (complete)
     remove_n2(context, n2);
   return true;
+}
+
+/// The backward records of n2 that rn1's turn may have to do with: all of them; or, where nobody reads along and
+/// there are many, all but those of roots that wait for their turn. Thousands of these may have n2 in common.
+OzObjDepLinkSet const& OzObjDependency::open_sources(OzObjDepSimplifyContext& context, OzObjDepNode* n2,
+                                                     OzObjDepNode* rn1, NodeSet const* unchecked_roots)
+{
+  if (context.trace != nullptr || unchecked_roots == nullptr || !OzObjDepHubs::are_many(n2->source_links))
+    return n2->source_links;
+  OzObjDepHubs::Hub* const hub = context.hubs.find(n2);
+  if (hub == nullptr)
+    return n2->source_links;
+
+  if (hub->has_open_sources)
+  {
+    if (OzObjDepLink* const link = n2->source_link_map.value(rn1))
+      hub->open_sources.insert(link);
+    return hub->open_sources;
+  }
+
+  for (OzObjDepLink* s : n2->source_links)
+  {
+    if (!unchecked_roots->contains(s->node))
+    {
+      hub->open_sources.insert(s);
+      continue;
+    }
+    // Its root will come by only if it knows n2.
+    OzObjDepLink* const partner = s->node->target_link_map.value(n2);
+    if (partner == nullptr || !s->node->target_links.contains(partner))
+    {
+      context.hubs.give_up();
+      return n2->source_links;
+    }
+  }
+  hub->has_open_sources = true;
+  return hub->open_sources;
 }
 
 /// Makes the link from n1 to n3 that stands for the path `l12`, `t`, unless it isn't wanted.
@@ -556,7 +833,9 @@ void OzObjDependency::link_n1_to_n3(OzObjDepSimplifyContext& context, OzObjDepNo
   auto forward = make_link(n3);
   auto backward = make_link(n1);
   context.add_new_link(n1, forward.release());
+  OzObjDepLink const* const entered = backward.get();
   n3->add_source_link(backward.release());
+  context.hubs.backward_enters(n3, entered);
 }
 
 /// Takes n2's targets off it; its sources have gone.
@@ -577,6 +856,8 @@ void OzObjDependency::remove_n2(OzObjDepSimplifyContext& context, OzObjDepNode* 
                  "): no link from n3 to n2!!!");
       continue;
     }
+    if (context.hubs.any() && n3->source_links.contains(partner))
+      context.hubs.backward_leaves(n3, partner);
     bool const removed = remove_source_link(n3, partner);
     OZ_ASSERT(removed);
     if (!removed)
@@ -718,6 +999,7 @@ bool OzObjDependency::skip_n3(OzObjDepSimplifyContext& context, OzObjDepNode* n1
       {
         OzObjDepLink* const partner = n3->source_link_map.value(n1);
         OZ_ASSERT(partner != nullptr);
+        context.hubs.absorption_ends(n1, way.is_existing ? link : nullptr, n3, partner);
         link->dependency_type = CREATION;
         if (partner != nullptr)
           partner->dependency_type = CREATION;
@@ -836,33 +1118,42 @@ void OzObjDependency::settle_path(OzObjDepSimplifyContext& context, OzObjDepNode
 
 void OzObjDependency::commit_changes(OzObjDepSimplifyContext& context, ObjectNodeMap& nodes)
 {
-  OzArray<OzObjDepNode*> touched_targets;
+  NewLinks new_links;
   for (std::uint64_t i = 0; i < context.new_links.size(); ++i)
   {
-    touched_targets.append(context.new_links[i]->node);
-    context.new_link_sources[i]->add_target_link(context.new_links[i]);
+    OzObjDepNode* const source = context.new_link_sources[i];
+    OzObjDepLink* const link = context.new_links[i];
+    new_links.add(source, link->node);
+    if (source->target_links.empty())
+      context.hubs.give_up(); // none of its links was in the set
+    source->add_target_link(link);
+    context.hubs.forward_enters(source, link);
   }
   context.forget_new_links();
 
   OZ_ASSERT(context.old_link_sources.size() == context.old_links.size());
   for (std::uint64_t i = 0; i < context.old_links.size(); ++i)
   {
-    bool const removed = remove_target_link(context.old_link_sources[i], context.old_links[i]);
+    OzObjDepNode* const source = context.old_link_sources[i];
+    if (context.hubs.any() && source->target_links.contains(context.old_links[i]))
+      context.hubs.forward_leaves(source, context.old_links[i]);
+    bool const removed = remove_target_link(source, context.old_links[i]);
     OZ_ASSERT(removed);
+    if (!removed)
+      context.hubs.give_up();
   }
 
-  clean_up_absorptions(touched_targets);
+  AbsorptionCleanUp(context, new_links).run();
 
-  // A split with a single product is no split.
   for (OzObjDepNode* source : set_of(context.old_link_sources))
-    if (has_exactly_one(source->target_links, SPLIT))
-      retype_targets(source, SPLIT, context.split_modificational ? MODIFICATION : CREATION);
+    clean_up_lone_split(context, source);
   context.forget_old_links();
 
   for (OzObjDepNode* node : context.removed_nodes)
   {
     bool const erased = nodes.erase(node->object);
     OZ_ASSERT(erased);
+    context.hubs.node_goes(node);
     delete node;
   }
   context.removed_nodes.resize(0, true);

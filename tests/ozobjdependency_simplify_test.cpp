@@ -1671,3 +1671,201 @@ TEST_F(OzObjDependencySimplify, HandlesVeryManyCreationsFromNothing)
   EXPECT_EQ(Probe::node(graph, nullptr)->target_links.size(), N);
   EXPECT_EQ(Probe::forward(graph, nullptr, &many[N])->dependency_type, CREATION);
 }
+
+// Where the time grows with the square of the objects, none of the following ends.
+
+namespace
+{
+/// Objects without number, and what they become.
+struct ManyObjects
+{
+  OzDynObj const* make()
+  {
+    things.emplace_back(static_cast<int>(things.size()) + 1);
+    return &things.back();
+  }
+  std::vector<OzDynObj const*> make(std::size_t n)
+  {
+    std::vector<OzDynObj const*> made;
+    while (made.size() < n)
+      made.push_back(make());
+    return made;
+  }
+  void record(OzDynObj const* source, OzDynObj const* target, Type type)
+  {
+    ASSERT_TRUE(graph.record_dependency(source, target, type, nullptr, nullptr));
+  }
+  void record(std::vector<OzDynObj const*> const& sources, std::vector<OzDynObj const*> const& targets,
+              Type type)
+  {
+    ThingList from(sources);
+    ThingList to(targets);
+    ASSERT_TRUE(graph.record_dependency(&from, &to, type, nullptr, nullptr));
+  }
+  /// How many direct dependencies of `type` there are between `sources` and `target`; -1 if the records of one
+  /// differ.
+  int count(std::vector<OzDynObj const*> const& sources, OzDynObj const* target, Type type)
+  {
+    int n = 0;
+    for (OzDynObj const* source : sources)
+    {
+      OzObjDepLink const* const forward = Probe::forward(graph, source, target);
+      OzObjDepLink const* const backward = Probe::backward(graph, source, target);
+      if ((forward != nullptr) != (backward != nullptr) ||
+          (forward != nullptr && forward->dependency_type != backward->dependency_type))
+        return -1;
+      n += forward != nullptr && forward->dependency_type == type;
+    }
+    return n;
+  }
+
+  std::deque<Thing> things;
+  OzObjDependency graph;
+};
+} // namespace
+
+TEST(ManyRoots, AreAbsorbedByOneObject)
+{
+  constexpr std::size_t N = 200000;
+  ManyObjects all;
+  std::vector<OzDynObj const*> const entities = all.make(N);
+  std::vector<OzDynObj const*> const edges = all.make(N);
+  OzDynObj const* const contour = all.make();
+  for (std::size_t i = 0; i < N; ++i)
+    all.record(entities[i], edges[i], CONVERSION);
+  all.record(edges, {contour}, ABSORPTION);
+
+  all.graph.simplify_it();
+
+  EXPECT_EQ(Probe::link_count(all.graph), N);
+  EXPECT_EQ(Probe::nodes(all.graph).size(), N + 1);
+  EXPECT_EQ(all.count(entities, contour, ABSORPTION), static_cast<int>(N));
+}
+
+TEST(ManyRoots, AreAbsorbedByTenObjects)
+{
+  constexpr std::size_t N = 20000;
+  ManyObjects all;
+  std::vector<OzDynObj const*> const contours = all.make(10);
+  std::vector<std::vector<OzDynObj const*>> entities;
+  for (OzDynObj const* contour : contours)
+  {
+    entities.push_back(all.make(N));
+    std::vector<OzDynObj const*> const edges = all.make(N);
+    for (std::size_t i = 0; i < N; ++i)
+      all.record(entities.back()[i], edges[i], CONVERSION);
+    all.record(edges, {contour}, ABSORPTION);
+  }
+
+  all.graph.simplify_it();
+
+  EXPECT_EQ(Probe::link_count(all.graph), 10 * N);
+  for (std::size_t i = 0; i < contours.size(); ++i)
+    EXPECT_EQ(all.count(entities[i], contours[i], ABSORPTION), static_cast<int>(N));
+}
+
+TEST(ManyRoots, AreEachAbsorbedByTenObjects)
+{
+  constexpr std::size_t N = 20000;
+  ManyObjects all;
+  std::vector<OzDynObj const*> const entities = all.make(N);
+  std::vector<OzDynObj const*> const contours = all.make(10);
+  for (OzDynObj const* contour : contours)
+  {
+    std::vector<OzDynObj const*> const edges = all.make(N);
+    for (std::size_t i = 0; i < N; ++i)
+      all.record(entities[i], edges[i], CONVERSION);
+    all.record(edges, {contour}, ABSORPTION);
+  }
+
+  all.graph.simplify_it();
+
+  EXPECT_EQ(Probe::link_count(all.graph), 10 * N);
+  for (OzDynObj const* contour : contours)
+    EXPECT_EQ(all.count(entities, contour, ABSORPTION), static_cast<int>(N));
+}
+
+TEST(ManyRoots, ContainSeveralThingsThatOneObjectAbsorbs)
+{
+  constexpr std::size_t N = 20000;
+  ManyObjects all;
+  std::vector<OzDynObj const*> const entities = all.make(N);
+  std::vector<OzDynObj const*> edges;
+  for (OzDynObj const* entity : entities)
+  {
+    std::vector<OzDynObj const*> const own = all.make(4);
+    all.record({entity}, own, CONTAINMENT);
+    edges.insert(edges.end(), own.begin(), own.end());
+  }
+  OzDynObj const* const contour = all.make();
+  all.record(edges, {contour}, ABSORPTION);
+
+  all.graph.simplify_it();
+
+  EXPECT_EQ(Probe::link_count(all.graph), N);
+  EXPECT_EQ(all.count(entities, contour, ABSORPTION), static_cast<int>(N));
+}
+
+TEST(ManyRoots, CreateWhatTheyWereAbsorbedByAndWhatWasThenChanged)
+{
+  constexpr std::size_t N = 50000;
+  ManyObjects all;
+  std::vector<OzDynObj const*> const parts = all.make(N);
+  OzDynObj const* const whole = all.make();
+  OzDynObj const* const changed = all.make();
+  all.record(parts, {whole}, ABSORPTION);
+  all.record(whole, changed, MODIFICATION);
+
+  all.graph.simplify_it();
+
+  EXPECT_EQ(Probe::link_count(all.graph), N);
+  // The last root's turn takes the whole out, so that it meets creations only, and joins them.
+  EXPECT_EQ(all.count(parts, changed, CREATION), static_cast<int>(N));
+}
+
+TEST(ManyRoots, StandBesideADeepHistory)
+{
+  constexpr std::size_t N = 50000;
+  constexpr std::size_t DEPTH = 5000;
+  ManyObjects all;
+  for (std::size_t i = 0; i < N; ++i)
+    all.record(all.make(), all.make(), MODIFICATION);
+  OzDynObj const* const first = all.make();
+  OzDynObj const* last = first;
+  for (std::size_t i = 0; i < DEPTH; ++i)
+  {
+    OzDynObj const* const next = all.make();
+    all.record(last, next, MODIFICATION);
+    last = next;
+  }
+
+  all.graph.simplify_it();
+
+  EXPECT_EQ(Probe::link_count(all.graph), N + 1);
+  EXPECT_EQ(all.count({first}, last, MODIFICATION), 1);
+}
+
+TEST(ManyRoots, AreWorkedOnWithOneTool)
+{
+  constexpr std::size_t N = 20000;
+  ManyObjects all;
+  std::vector<OzDynObj const*> const blanks = all.make(N);
+  OzDynObj const* const steel = all.make();
+  OzDynObj const* const tool = all.make();
+  all.record(steel, tool, CONVERSION);
+  std::vector<OzDynObj const*> finished;
+  for (OzDynObj const* blank : blanks)
+  {
+    OzDynObj const* const worked = all.make();
+    finished.push_back(all.make());
+    all.record({blank, tool}, {worked}, ABSORPTION);
+    all.record(worked, finished.back(), MODIFICATION);
+  }
+
+  all.graph.simplify_it();
+
+  EXPECT_EQ(Probe::link_count(all.graph), 2 * N);
+  EXPECT_EQ(Probe::node(all.graph, steel)->target_links.size(), N);
+  for (std::size_t i = 0; i < N; ++i)
+    ASSERT_NE(Probe::forward(all.graph, blanks[i], finished[i]), nullptr) << i;
+}
