@@ -8,6 +8,7 @@
 #include <vector>
 
 class OzInterval;
+class OzJournal;
 class OzResult;
 
 /// A text of `n` blanks; empty if `n` is below 1.
@@ -85,5 +86,57 @@ OZ_EXPORT double oz_rerange(double a, double b, double t, OzInterval const& peri
 /// middle of `to` if `from` is shorter than 1e-20.
 OZ_EXPORT void oz_linear_function_evaluate(OzArray<double>& values, OzInterval const& from,
                                            OzInterval const& to, double const* scale);
+
+// Dumps of arrays of numbers. Each takes over the journal's width and precision and puts both back in the
+// end, also when a handler throws; the letter of the format stays. `indent` is a number of blanks. An
+// element that isn't there is reported by the array and then printed all the same.
+
+/// Writes all numbers, each with `indent` blanks in front and one blank behind it. With `columns` 1 or less
+/// each stands in a line of its own, otherwise all stand in one line that is not ended.
+///
+/// Reports: a `width` not above `precision`, `columns` below 1, a negative `indent`.
+OZ_EXPORT void Oz_debug_double_array(OzJournal& journal, OzArray<double> const& array, int width,
+                                     int precision, int columns, int indent);
+
+/// Writes a table, each row in a line. The array holds it column by column if `by_column` is true, row by row
+/// if not.
+///
+/// Reports: `rows` and `columns` below 1, each; an array of fewer than rows * columns numbers; a `width` not
+/// above `precision`; a negative `indent`.
+OZ_EXPORT void Oz_debug_double_matrix(OzJournal& journal, int rows, int columns, OzArray<double> const& array,
+                                      int width, int precision, int indent, bool by_column);
+
+/// Writes nothing, and reports each call.
+OZ_EXPORT void Oz_debug_vector_array(OzJournal& journal, int, int, OzArray<double> const& array, int, int,
+                                     int, int);
+
+/// Writes nothing, and reports each call.
+OZ_EXPORT void Oz_debug_vector_matrix(OzJournal& journal, int, int, int, OzArray<double> const& array, int,
+                                      int, int, bool);
+
+// The dumps below begin on a new line, under a heading. Blanks as many as `indent` stand at the beginning of
+// each line and between two numbers, so without indentation it is the width alone that keeps numbers apart.
+// A `per_line` below 1 counts as 1. In tables the array holds points of `dim` numbers, column by column:
+// coordinate d of the point at row r and column c is number (c * rows + r) * dim + d.
+
+/// Writes all numbers, up to `per_line` in a line.
+OZ_EXPORT void oz_arraydebug(OzJournal& journal, OzArray<double> const& array, int per_line, int width,
+                             int precision, int indent);
+
+/// Writes points of `dim` numbers, up to `per_line` side by side, each from top to bottom. With a `dim` of 0
+/// or less there is the heading only.
+OZ_EXPORT void oz_arraydebug(OzJournal& journal, int dim, OzArray<double> const& array, int per_line,
+                             int width, int precision, int indent);
+
+/// Writes a table of points of `dim` numbers, which must not be 0, row after row or column after column. How
+/// many columns there are follows from the size of the array, which is cut to 32 bits.
+OZ_EXPORT void oz_arraydebug(OzJournal& journal, bool row_wise, int dim, int rows,
+                             OzArray<double> const& array, int per_line, int width, int precision,
+                             int indent);
+
+/// Writes one row of the table, or one column, without a heading.
+OZ_EXPORT void oz_arraydebug(OzJournal& journal, bool row_wise, int index, int dim, int rows,
+                             OzArray<double> const& array, int per_line, int width, int precision,
+                             int indent);
 
 #endif

@@ -1,8 +1,10 @@
 #include "oz_utils.h"
 
 #include "ozinterval.h"
+#include "ozjournal.h"
 #include "ozresult.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cmath>
 #include <cstdint>
@@ -11,6 +13,45 @@
 namespace
 {
 constexpr double PI = 3.14159265358979323846;
+
+/// Puts a journal's number format back when the dump ends.
+class FormatKeeper
+{
+public:
+  explicit FormatKeeper(OzJournal& kept_journal)
+    : journal(kept_journal)
+    , width(kept_journal.width())
+    , precision(kept_journal.precision())
+  {
+  }
+  ~FormatKeeper()
+  {
+    journal.set_precision(precision);
+    journal.set_width(width);
+  }
+  FormatKeeper(FormatKeeper const&) = delete;
+  FormatKeeper& operator=(FormatKeeper const&) = delete;
+
+private:
+  OzJournal& journal;
+  int width;
+  int precision;
+};
+
+double number_at(OzArray<double> const& array, std::int64_t index)
+{
+  return array[static_cast<std::uint64_t>(index)];
+}
+
+/// How many columns a table of points has. `dim` is divided by, unless there are no rows.
+int columns_of(OzArray<double> const& array, int dim, int rows)
+{
+  if (rows <= 0)
+    return 0;
+  // 64 bits, since the lowest number divided by -1 is one more than 32 bits hold.
+  std::int64_t const size = static_cast<std::int32_t>(array.size());
+  return static_cast<int>(size / dim / rows);
+}
 } // namespace
 
 OzString oz_blankstring(int n)
@@ -187,5 +228,153 @@ void oz_linear_function_evaluate(OzArray<double>& values, OzInterval const& from
       value = (to.start() + to.end()) * 0.5;
     else
       value = (above_start * to.end() - above_end * to.start()) / width;
+  }
+}
+
+void Oz_debug_double_array(OzJournal& journal, OzArray<double> const& array, int width, int precision,
+                           int columns, int indent)
+{
+  FormatKeeper const keeper(journal);
+  OZ_ASSERT(width > precision);
+  OZ_ASSERT(columns >= 1);
+  OZ_ASSERT(indent >= 0);
+  journal.set_precision(1);
+  journal.set_width(width);
+  journal.set_precision(precision);
+
+  OzString const blanks = oz_blankstring(indent);
+  for (double const number : array)
+  {
+    journal << blanks << number << " ";
+    if (columns <= 1)
+      journal << ozEndExpr;
+  }
+}
+
+void Oz_debug_double_matrix(OzJournal& journal, int rows, int columns, OzArray<double> const& array,
+                            int width, int precision, int indent, bool by_column)
+{
+  FormatKeeper const keeper(journal);
+  OZ_ASSERT(rows > 0);
+  OZ_ASSERT(columns > 0);
+  OZ_ASSERT(static_cast<std::int64_t>(array.size()) >= std::int64_t(rows) * columns);
+  OZ_ASSERT(width > precision);
+  OZ_ASSERT(indent >= 0);
+  journal.set_precision(1);
+  journal.set_width(width);
+  journal.set_precision(precision);
+
+  OzString const blanks = oz_blankstring(indent);
+  for (std::int64_t row = 0; row < rows; ++row)
+  {
+    journal << blanks;
+    for (std::int64_t column = 0; column < columns; ++column)
+      journal << number_at(array, by_column ? row + column * rows : row * columns + column) << " ";
+    journal << ozEndExpr;
+  }
+}
+
+void Oz_debug_vector_array(OzJournal& journal, int, int, OzArray<double> const&, int, int, int, int)
+{
+  FormatKeeper const keeper(journal);
+  OZ_ASSERT(false);
+}
+
+void Oz_debug_vector_matrix(OzJournal& journal, int, int, int, OzArray<double> const&, int, int, int, bool)
+{
+  FormatKeeper const keeper(journal);
+  OZ_ASSERT(false);
+}
+
+void oz_arraydebug(OzJournal& journal, OzArray<double> const& array, int per_line, int width, int precision,
+                   int indent)
+{
+  FormatKeeper const keeper(journal);
+  journal.set_width(width);
+  journal.set_precision(precision);
+
+  OzString const blanks = oz_blankstring(indent);
+  journal << ozEndExpr;
+  journal << blanks << "Array of " << array.size() << " doubles " << ozEndExpr;
+
+  std::uint64_t const step = static_cast<std::uint64_t>(std::max(per_line, 1));
+  for (std::uint64_t start = 0; start < array.size(); start += step)
+  {
+    std::uint64_t const stop = std::min(start + step, array.size());
+    for (std::uint64_t i = start; i < stop; ++i)
+      journal << blanks << array[i];
+    journal << ozEndExpr;
+  }
+}
+
+void oz_arraydebug(OzJournal& journal, int dim, OzArray<double> const& array, int per_line, int width,
+                   int precision, int indent)
+{
+  FormatKeeper const keeper(journal);
+  journal.set_width(width);
+  journal.set_precision(precision);
+
+  std::uint64_t const points = dim > 0 ? array.size() / static_cast<std::uint64_t>(dim) : 0;
+  journal << ozEndExpr << oz_blankstring(indent);
+  if (points == 1)
+    journal << "Point/vector of dimension ";
+  else
+    journal << "Array of " << points << " points/vectors of dimension ";
+  journal << dim << ozEndExpr;
+
+  if (dim > 0)
+    oz_arraydebug(journal, true, 0, dim, 1, array, per_line, width, precision, indent);
+}
+
+void oz_arraydebug(OzJournal& journal, bool row_wise, int dim, int rows, OzArray<double> const& array,
+                   int per_line, int width, int precision, int indent)
+{
+  FormatKeeper const keeper(journal);
+  journal.set_width(width);
+  journal.set_precision(precision);
+
+  int const columns = columns_of(array, dim, rows);
+  OzString const blanks = oz_blankstring(indent);
+  journal << ozEndExpr;
+  journal << blanks << "Matrix with " << rows << " rows and " << columns << " columns." << ozEndExpr;
+  journal << blanks;
+  if (dim == 1)
+    journal << "Entries are doubles.";
+  else
+    journal << "Entries are points/vectors of dimension " << dim << ".";
+  journal << ozEndExpr << ozEndExpr;
+
+  int const count = row_wise ? rows : columns;
+  for (int index = 0; index < count; ++index)
+  {
+    journal << blanks << (row_wise ? "Row with index " : "Column with index ") << index << ozEndExpr;
+    oz_arraydebug(journal, row_wise, index, dim, rows, array, per_line, width, precision, indent);
+  }
+}
+
+void oz_arraydebug(OzJournal& journal, bool row_wise, int index, int dim, int rows,
+                   OzArray<double> const& array, int per_line, int width, int precision, int indent)
+{
+  FormatKeeper const keeper(journal);
+  journal.set_width(width);
+  journal.set_precision(precision);
+
+  OzString const blanks = oz_blankstring(indent);
+  std::int64_t const count = row_wise ? columns_of(array, dim, rows) : rows;
+  std::int64_t const step = std::max(per_line, 1);
+  for (std::int64_t start = 0; start < count; start += step)
+  {
+    std::int64_t const stop = std::min(start + step, count);
+    for (int d = 0; d < dim; ++d)
+    {
+      for (std::int64_t i = start; i < stop; ++i)
+      {
+        std::int64_t const entry = row_wise ? i * rows + index : std::int64_t(index) * rows + i;
+        journal << blanks << number_at(array, entry * dim + d);
+      }
+      journal << ozEndExpr;
+    }
+    if (dim > 1)
+      journal << ozEndExpr;
   }
 }

@@ -2,6 +2,7 @@
 
 #include "ozinterval.h"
 #include "report_recorder.h"
+#include "text_journal.h"
 
 #include <gtest/gtest.h>
 
@@ -11,6 +12,7 @@
 #include <initializer_list>
 #include <limits>
 #include <random>
+#include <stdexcept>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -573,5 +575,452 @@ TEST(OzLinearFunctionEvaluate, MapsEachValueInPlace)
 
   EXPECT_EQ(numbers_of(values), (std::vector<double>{10.0, 12.5, 15.0, 20.0, 5.0}));
   EXPECT_EQ(none.size(), 0u);
+}
+
+/// Asks that a dump left the number format of a journal as it was made.
+void expect_first_format(OzJournal& journal)
+{
+  EXPECT_EQ(journal.width(), 16);
+  EXPECT_EQ(journal.precision(), 10);
+  EXPECT_EQ(journal.fp_format_spec(), 'f');
+  journal << 1.5;
+}
+char const* const FIRST_FORMAT = "    1.5000000000";
+
+TEST(OzDebugDoubleArray, WritesNumbersInLinesOfOneOrInOneLine)
+{
+  struct
+  {
+    char const* what;
+    OzArray<double> array;
+    int width;
+    int precision;
+    int columns;
+    int indent;
+    char const* text;
+  } const cases[] = {
+      {"one a line", array_of({1.5, 2.5}), 8, 3, 1, 2, "     1.500 \n     2.500 \n"},
+      {"all in a line that is not ended", array_of({1.5, 2.5, -3.0}), 8, 3, 2, 2,
+       "     1.500      2.500     -3.000 "},
+      {"however many columns", array_of({1.5, 2.5, -3.0}), 8, 3, 100, 0, "   1.500    2.500   -3.000 "},
+      {"without indentation", array_of({1.5, 2.5}), 8, 3, 1, 0, "   1.500 \n   2.500 \n"},
+      {"a width without effect", array_of({1.5, 2.5}), 4, 3, 1, 1, " 1.500 \n 2.500 \n"},
+      {"numbers wider than the field", array_of({1234567.0}), 5, 3, 1, 0, "1234567.000 \n"},
+      {"precision 1", array_of({0.26}), 4, 1, 1, 0, " 0.3 \n"},
+      {"no number", array_of({}), 8, 3, 1, 2, ""},
+  };
+  ReportRecorder const recorder;
+  for (auto const& c : cases)
+  {
+    TextJournal journal;
+    Oz_debug_double_array(journal, c.array, c.width, c.precision, c.columns, c.indent);
+
+    EXPECT_EQ(journal.take(), c.text) << c.what;
+    expect_first_format(journal);
+    EXPECT_EQ(journal.take(), FIRST_FORMAT) << c.what;
+  }
+  EXPECT_EQ(recorder.units(), NO_REPORT);
+}
+
+TEST(OzDebugDoubleArray, ReportsBadArgumentsAndGoesOn)
+{
+  std::vector<std::string> const journal_too{"oz_utils.cpp", "ozjournal.cpp"};
+  struct
+  {
+    char const* what;
+    int width;
+    int precision;
+    int columns;
+    int indent;
+    char const* text;
+    std::vector<std::string> reports;
+  } const cases[] = {
+      {"width as large as the precision", 3, 3, 1, 0, "1.500 \n2.500 \n", ONE_REPORT},
+      {"no columns", 8, 3, 0, 1, "    1.500 \n    2.500 \n", ONE_REPORT},
+      {"negative columns", 8, 3, -5, 0, "   1.500 \n   2.500 \n", ONE_REPORT},
+      {"negative indentation", 8, 3, 1, -1, "   1.500 \n   2.500 \n", ONE_REPORT},
+      {"everything", 2, 3, 0, -1, "1.500 \n2.500 \n", reports(3, "oz_utils.cpp")},
+      {"a width that the journal refuses, too", -1, 3, 1, 0, "           1.500 \n           2.500 \n",
+       journal_too},
+      {"a precision that the journal refuses: one digit", 8, 0, 1, 0, "     1.5 \n     2.5 \n",
+       reports(1, "ozjournal.cpp")},
+  };
+  for (auto const& c : cases)
+  {
+    ReportRecorder const recorder;
+    TextJournal journal;
+
+    Oz_debug_double_array(journal, array_of({1.5, 2.5}), c.width, c.precision, c.columns, c.indent);
+
+    EXPECT_EQ(journal.take(), c.text) << c.what;
+    EXPECT_EQ(recorder.units(), c.reports) << c.what;
+    expect_first_format(journal);
+    EXPECT_EQ(journal.take(), FIRST_FORMAT) << c.what;
+  }
+}
+
+TEST(OzDebugDoubleMatrix, WritesOneRowALineInEitherOrder)
+{
+  OzArray<double> const six = array_of({1.0, 2.0, 3.0, 4.0, 5.0, 6.0});
+  struct
+  {
+    char const* what;
+    int rows;
+    int columns;
+    int indent;
+    bool by_column;
+    char const* text;
+  } const cases[] = {
+      {"by column", 2, 3, 0, true, "  1.0   3.0   5.0 \n  2.0   4.0   6.0 \n"},
+      {"by row", 2, 3, 0, false, "  1.0   2.0   3.0 \n  4.0   5.0   6.0 \n"},
+      {"indented", 3, 2, 2, true, "    1.0   4.0 \n    2.0   5.0 \n    3.0   6.0 \n"},
+      {"indented, by row", 3, 2, 1, false, "   1.0   2.0 \n   3.0   4.0 \n   5.0   6.0 \n"},
+      {"a part of the array", 2, 2, 0, true, "  1.0   3.0 \n  2.0   4.0 \n"},
+      {"one row", 1, 6, 0, true, "  1.0   2.0   3.0   4.0   5.0   6.0 \n"},
+  };
+  ReportRecorder const recorder;
+  for (auto const& c : cases)
+  {
+    TextJournal journal;
+    Oz_debug_double_matrix(journal, c.rows, c.columns, six, 5, 1, c.indent, c.by_column);
+
+    EXPECT_EQ(journal.take(), c.text) << c.what;
+    expect_first_format(journal);
+    EXPECT_EQ(journal.take(), FIRST_FORMAT) << c.what;
+  }
+  EXPECT_EQ(recorder.units(), NO_REPORT);
+}
+
+TEST(OzDebugDoubleMatrix, ReportsBadArgumentsAndGoesOn)
+{
+  struct
+  {
+    char const* what;
+    int rows;
+    int columns;
+    int width;
+    int indent;
+    char const* text;
+    std::size_t reports;
+  } const cases[] = {
+      {"no rows", 0, 2, 5, 0, "", 1},
+      {"no columns", 2, 0, 5, 1, " \n \n", 1},
+      {"neither", 0, 0, 5, 0, "", 2},
+      {"negative rows and columns, of which the product is too large", -3, -2, 5, 0, "", 3},
+      {"a product beyond 32 bits", -65536, -65536, 5, 0, "", 3},
+      {"a width as large as the precision", 1, 2, 1, 0, "1.0 2.0 \n", 1},
+      {"negative indentation", 1, 2, 5, -2, "  1.0   2.0 \n", 1},
+  };
+  for (auto const& c : cases)
+  {
+    ReportRecorder const recorder;
+    TextJournal journal;
+
+    Oz_debug_double_matrix(journal, c.rows, c.columns, array_of({1.0, 2.0, 3.0, 4.0}), c.width, 1, c.indent,
+                           true);
+
+    EXPECT_EQ(journal.take(), c.text) << c.what;
+    EXPECT_EQ(recorder.units(), reports(c.reports, "oz_utils.cpp")) << c.what;
+    expect_first_format(journal);
+    EXPECT_EQ(journal.take(), FIRST_FORMAT) << c.what;
+  }
+}
+
+TEST(OzDebugDoubleMatrix, ReportsAnArrayThatIsTooShortAndEachElementThatIsMissing)
+{
+  // The missing two lie within the capacity.
+  double const numbers[] = {1.0, 2.0};
+  OzArray<double> const two(numbers, 2, 4);
+  ReportRecorder const recorder;
+  TextJournal journal;
+
+  Oz_debug_double_matrix(journal, 2, 2, two, 5, 1, 0, false);
+
+  EXPECT_EQ(journal.take(), "  1.0   2.0 \n  0.0   0.0 \n");
+  EXPECT_EQ(recorder.units(), (std::vector<std::string>{"oz_utils.cpp", "ozarray_i.h", "ozarray_i.h"}));
+}
+
+TEST(OzDebugVectors, WriteNothingAndReportEachCall)
+{
+  ReportRecorder recorder;
+  TextJournal journal;
+
+  Oz_debug_vector_array(journal, 3, 1, array_of({1.0, 2.0, 3.0}), 8, 3, 1, 0);
+  EXPECT_EQ(recorder.units(), ONE_REPORT);
+  recorder.clear();
+  Oz_debug_vector_matrix(journal, 3, 1, 1, array_of({1.0, 2.0, 3.0}), 8, 3, 0, true);
+  EXPECT_EQ(recorder.units(), ONE_REPORT);
+  EXPECT_EQ(journal.take(), "");
+  expect_first_format(journal);
+  EXPECT_EQ(journal.take(), FIRST_FORMAT);
+}
+
+TEST(OzArraydebug, WritesNumbersUnderAHeadingSoManyALine)
+{
+  OzArray<double> const five = array_of({1.0, 2.0, 3.0, 4.0, 5.0});
+  struct
+  {
+    char const* what;
+    OzArray<double> array;
+    int per_line;
+    int width;
+    int indent;
+    char const* text;
+  } const cases[] = {
+      {"two a line", five, 2, 5, 1, "\n Array of 5 doubles \n   1.0   2.0\n   3.0   4.0\n   5.0\n"},
+      {"five a line", five, 5, 5, 0, "\nArray of 5 doubles \n  1.0  2.0  3.0  4.0  5.0\n"},
+      {"more a line than there are", five, 6, 5, 0, "\nArray of 5 doubles \n  1.0  2.0  3.0  4.0  5.0\n"},
+      {"as many as there can be", five, INT_MAX, 5, 0, "\nArray of 5 doubles \n  1.0  2.0  3.0  4.0  5.0\n"},
+      {"one a line", array_of({1.0, 2.0}), 1, 5, 2, "\n  Array of 2 doubles \n    1.0\n    2.0\n"},
+      {"none a line counts as one", array_of({1.0, 2.0}), 0, 5, 0, "\nArray of 2 doubles \n  1.0\n  2.0\n"},
+      {"less than none too", array_of({1.0, 2.0}), -7, 5, 0, "\nArray of 2 doubles \n  1.0\n  2.0\n"},
+      {"nothing between numbers", array_of({1.0, 2.0}), 2, 0, 0, "\nArray of 2 doubles \n1.02.0\n"},
+      {"indentation between numbers", array_of({1.0, 2.0}), 2, 0, 3,
+       "\n   Array of 2 doubles \n   1.0   2.0\n"},
+      {"negative indentation", array_of({1.0, 2.0}), 2, 5, -3, "\nArray of 2 doubles \n  1.0  2.0\n"},
+      {"no numbers", array_of({}), 2, 5, 1, "\n Array of 0 doubles \n"},
+  };
+  ReportRecorder const recorder;
+  for (auto const& c : cases)
+  {
+    TextJournal journal;
+    oz_arraydebug(journal, c.array, c.per_line, c.width, 1, c.indent);
+
+    EXPECT_EQ(journal.take(), c.text) << c.what;
+    expect_first_format(journal);
+    EXPECT_EQ(journal.take(), FIRST_FORMAT) << c.what;
+  }
+  EXPECT_EQ(recorder.units(), NO_REPORT);
+}
+
+TEST(OzArraydebug, WritesPointsFromTopToBottom)
+{
+  OzArray<double> const three = array_of({1.0, 2.0, 3.0});
+  OzArray<double> const six = array_of({1.0, 2.0, 3.0, 4.0, 5.0, 6.0});
+  struct
+  {
+    char const* what;
+    int dim;
+    OzArray<double> array;
+    int per_line;
+    int indent;
+    char const* text;
+  } const cases[] = {
+      {"one point", 3, three, 2, 1, "\n Point/vector of dimension 3\n   1.0\n   2.0\n   3.0\n\n"},
+      {"two points side by side", 3, six, 2, 0,
+       "\nArray of 2 points/vectors of dimension 3\n  1.0  4.0\n  2.0  5.0\n  3.0  6.0\n\n"},
+      {"two points one below the other", 3, six, 1, 0,
+       "\nArray of 2 points/vectors of dimension 3\n  1.0\n  2.0\n  3.0\n\n  4.0\n  5.0\n  6.0\n\n"},
+      {"three points in blocks of two", 2, six, 2, 1,
+       "\n Array of 3 points/vectors of dimension 2\n   1.0   3.0\n   2.0   4.0\n\n   5.0\n   6.0\n\n"},
+      {"none in a block counts as one", 3, six, 0, 0,
+       "\nArray of 2 points/vectors of dimension 3\n  1.0\n  2.0\n  3.0\n\n  4.0\n  5.0\n  6.0\n\n"},
+      {"dimension 1 has no blank lines", 1, three, 2, 0,
+       "\nArray of 3 points/vectors of dimension 1\n  1.0  2.0\n  3.0\n"},
+      {"a rest is left out", 2, three, 2, 0, "\nPoint/vector of dimension 2\n  1.0\n  2.0\n\n"},
+      {"fewer numbers than a point has", 4, three, 2, 0, "\nArray of 0 points/vectors of dimension 4\n"},
+      {"no numbers", 3, array_of({}), 2, 2, "\n  Array of 0 points/vectors of dimension 3\n"},
+      {"dimension 0: the heading only", 0, three, 2, 0, "\nArray of 0 points/vectors of dimension 0\n"},
+      {"a negative dimension likewise", -1, three, 2, 0, "\nArray of 0 points/vectors of dimension -1\n"},
+  };
+  ReportRecorder const recorder;
+  for (auto const& c : cases)
+  {
+    TextJournal journal;
+    oz_arraydebug(journal, c.dim, c.array, c.per_line, 5, 1, c.indent);
+
+    EXPECT_EQ(journal.take(), c.text) << c.what;
+    expect_first_format(journal);
+    EXPECT_EQ(journal.take(), FIRST_FORMAT) << c.what;
+  }
+  EXPECT_EQ(recorder.units(), NO_REPORT);
+}
+
+TEST(OzArraydebug, WritesATableOfNumbersRowByRowOrColumnByColumn)
+{
+  // Rows 1 3 5 and 2 4 6.
+  OzArray<double> const six = array_of({1.0, 2.0, 3.0, 4.0, 5.0, 6.0});
+  struct
+  {
+    char const* what;
+    bool row_wise;
+    int rows;
+    int per_line;
+    int indent;
+    char const* text;
+  } const cases[] = {
+      {"rows", true, 2, 3, 1,
+       "\n Matrix with 2 rows and 3 columns.\n Entries are doubles.\n\n"
+       " Row with index 0\n   1.0   3.0   5.0\n"
+       " Row with index 1\n   2.0   4.0   6.0\n"},
+      {"rows in blocks", true, 2, 2, 0,
+       "\nMatrix with 2 rows and 3 columns.\nEntries are doubles.\n\n"
+       "Row with index 0\n  1.0  3.0\n  5.0\n"
+       "Row with index 1\n  2.0  4.0\n  6.0\n"},
+      {"columns", false, 2, 3, 0,
+       "\nMatrix with 2 rows and 3 columns.\nEntries are doubles.\n\n"
+       "Column with index 0\n  1.0  2.0\n"
+       "Column with index 1\n  3.0  4.0\n"
+       "Column with index 2\n  5.0  6.0\n"},
+      {"columns, one a line", false, 3, 1, 0,
+       "\nMatrix with 3 rows and 2 columns.\nEntries are doubles.\n\n"
+       "Column with index 0\n  1.0\n  2.0\n  3.0\n"
+       "Column with index 1\n  4.0\n  5.0\n  6.0\n"},
+      {"a rest is left out", true, 4, 3, 0,
+       "\nMatrix with 4 rows and 1 columns.\nEntries are doubles.\n\n"
+       "Row with index 0\n  1.0\nRow with index 1\n  2.0\nRow with index 2\n  3.0\nRow with index 3\n  "
+       "4.0\n"},
+      {"no rows", true, 0, 3, 0, "\nMatrix with 0 rows and 0 columns.\nEntries are doubles.\n\n"},
+      {"no rows, by columns", false, 0, 3, 0,
+       "\nMatrix with 0 rows and 0 columns.\nEntries are doubles.\n\n"},
+      {"negative rows", false, -2, 3, 0, "\nMatrix with -2 rows and 0 columns.\nEntries are doubles.\n\n"},
+  };
+  ReportRecorder const recorder;
+  for (auto const& c : cases)
+  {
+    TextJournal journal;
+    oz_arraydebug(journal, c.row_wise, 1, c.rows, six, c.per_line, 5, 1, c.indent);
+
+    EXPECT_EQ(journal.take(), c.text) << c.what;
+    expect_first_format(journal);
+    EXPECT_EQ(journal.take(), FIRST_FORMAT) << c.what;
+  }
+  EXPECT_EQ(recorder.units(), NO_REPORT);
+}
+
+TEST(OzArraydebug, WritesATableOfPoints)
+{
+  // Two rows and three columns of points; the first column holds (1, 2) and (3, 4).
+  OzArray<double> const twelve = array_of({1.0, 2.0, 3.0, 4.0, 5.0, 6.0, 7.0, 8.0, 9.0, 10.0, 11.0, 12.0});
+  TextJournal journal;
+  ReportRecorder const recorder;
+
+  oz_arraydebug(journal, true, 2, 2, twelve, 2, 5, 1, 0);
+  EXPECT_EQ(journal.take(), "\nMatrix with 2 rows and 3 columns.\n"
+                            "Entries are points/vectors of dimension 2.\n\n"
+                            "Row with index 0\n"
+                            "  1.0  5.0\n"
+                            "  2.0  6.0\n\n"
+                            "  9.0\n"
+                            " 10.0\n\n"
+                            "Row with index 1\n"
+                            "  3.0  7.0\n"
+                            "  4.0  8.0\n\n"
+                            " 11.0\n"
+                            " 12.0\n\n");
+  oz_arraydebug(journal, false, 2, 2, twelve, 2, 5, 1, 1);
+  EXPECT_EQ(journal.take(), "\n Matrix with 2 rows and 3 columns.\n"
+                            " Entries are points/vectors of dimension 2.\n\n"
+                            " Column with index 0\n"
+                            "   1.0   3.0\n"
+                            "   2.0   4.0\n\n"
+                            " Column with index 1\n"
+                            "   5.0   7.0\n"
+                            "   6.0   8.0\n\n"
+                            " Column with index 2\n"
+                            "   9.0  11.0\n"
+                            "  10.0  12.0\n\n");
+  oz_arraydebug(journal, true, -2, 2, twelve, 2, 5, 1, 0);
+  EXPECT_EQ(journal.take(), "\nMatrix with 2 rows and -3 columns.\n"
+                            "Entries are points/vectors of dimension -2.\n\n"
+                            "Row with index 0\n"
+                            "Row with index 1\n");
+  EXPECT_EQ(recorder.units(), NO_REPORT);
+  expect_first_format(journal);
+  EXPECT_EQ(journal.take(), FIRST_FORMAT);
+}
+
+TEST(OzArraydebug, WritesOneRowOrOneColumnWithoutAHeading)
+{
+  OzArray<double> const twelve = array_of({1.0, 2.0, 3.0, 4.0, 5.0, 6.0, 7.0, 8.0, 9.0, 10.0, 11.0, 12.0});
+  struct
+  {
+    char const* what;
+    bool row_wise;
+    int index;
+    int dim;
+    int rows;
+    int per_line;
+    int indent;
+    char const* text;
+  } const cases[] = {
+      {"a row of numbers", true, 1, 1, 3, 4, 0, "  2.0  5.0  8.0 11.0\n"},
+      {"a row of numbers in blocks", true, 2, 1, 3, 3, 1, "   3.0   6.0   9.0\n  12.0\n"},
+      {"a column of numbers", false, 1, 1, 3, 4, 0, "  4.0  5.0  6.0\n"},
+      {"a column in blocks of none", false, 3, 1, 3, 0, 0, " 10.0\n 11.0\n 12.0\n"},
+      {"a row of points", true, 1, 2, 2, 3, 0, "  3.0  7.0 11.0\n  4.0  8.0 12.0\n\n"},
+      {"a column of points", false, 1, 3, 2, 1, 0, "  7.0\n  8.0\n  9.0\n\n 10.0\n 11.0\n 12.0\n\n"},
+      {"a row without rows", true, 0, 1, 0, 4, 0, ""},
+      {"a column without rows", false, 0, 1, 0, 4, 0, ""},
+      {"a column of points of no numbers", false, 0, -1, 2, 4, 0, ""},
+  };
+  ReportRecorder const recorder;
+  for (auto const& c : cases)
+  {
+    TextJournal journal;
+    oz_arraydebug(journal, c.row_wise, c.index, c.dim, c.rows, twelve, c.per_line, 5, 1, c.indent);
+
+    EXPECT_EQ(journal.take(), c.text) << c.what;
+    expect_first_format(journal);
+    EXPECT_EQ(journal.take(), FIRST_FORMAT) << c.what;
+  }
+  EXPECT_EQ(recorder.units(), NO_REPORT);
+}
+
+TEST(OzArraydebug, LeavesWhatIsMissingToTheArrayWhichReportsIt)
+{
+  // Column 1 of two rows lies within the capacity, but not in the array.
+  double const numbers[] = {1.0, 2.0};
+  OzArray<double> const two(numbers, 2, 4);
+  ReportRecorder const recorder;
+  TextJournal journal;
+
+  oz_arraydebug(journal, false, 1, 1, 2, two, 2, 5, 1, 0);
+
+  EXPECT_EQ(journal.take(), "  0.0  0.0\n");
+  EXPECT_EQ(recorder.units(), reports(2, "ozarray_i.h"));
+}
+
+TEST(OzArraydebug, SettingsThatTheJournalRefusesAreReportedByIt)
+{
+  ReportRecorder const recorder;
+  TextJournal journal;
+
+  oz_arraydebug(journal, array_of({1.5}), 1, -1, 0, 0);
+
+  EXPECT_EQ(journal.take(), "\nArray of 1 doubles \n    1.5000000000\n");
+  EXPECT_EQ(recorder.units(), reports(2, "ozjournal.cpp"));
+}
+
+TEST(OzArraydebug, KeepsTheLetterOfTheFormat)
+{
+  TextJournal journal;
+  journal.set_fp_format_spec('e');
+
+  oz_arraydebug(journal, array_of({1500.0}), 1, 0, 2, 0);
+  Oz_debug_double_array(journal, array_of({1500.0}), 8, 2, 1, 0);
+
+  EXPECT_EQ(journal.take(), "\nArray of 1 doubles \n1.50e+03\n1.50e+03 \n");
+  EXPECT_EQ(journal.fp_format_spec(), 'e');
+}
+
+void throw_report(char const*, int)
+{
+  throw std::runtime_error("reported");
+}
+
+TEST(OzArraydebug, PutsTheFormatBackWhenAHandlerThrows)
+{
+  OzAssertionHandler const former = dkb_assertion_handler;
+  TextJournal journal;
+
+  dkb_assertion_handler = &throw_report;
+  EXPECT_THROW(oz_arraydebug(journal, false, 7, 1, 1, array_of({1.0}), 1, 5, 1, 0), std::runtime_error);
+  EXPECT_THROW(Oz_debug_vector_array(journal, 3, 1, array_of({1.0}), 8, 3, 1, 0), std::runtime_error);
+  dkb_assertion_handler = former;
+
+  journal.take();
+  expect_first_format(journal);
+  EXPECT_EQ(journal.take(), FIRST_FORMAT);
 }
 } // namespace

@@ -110,6 +110,24 @@ TEST(Surface, HasTheFunctionsForChecksAndDumps)
   EXPECT_TRUE(is_there<void (*)(OzJournal&, int)>(&Oz_DebugIndentation));
 }
 
+TEST(Surface, HasTheDumpsOfNumbers)
+{
+  typedef OzArray<double> Numbers;
+  EXPECT_TRUE(is_there<void (*)(OzJournal&, Numbers const&, int, int, int, int)>(&Oz_debug_double_array));
+  EXPECT_TRUE(
+      is_there<void (*)(OzJournal&, int, int, Numbers const&, int, int, int, bool)>(&Oz_debug_double_matrix));
+  EXPECT_TRUE(
+      is_there<void (*)(OzJournal&, int, int, Numbers const&, int, int, int, int)>(&Oz_debug_vector_array));
+  EXPECT_TRUE(is_there<void (*)(OzJournal&, int, int, int, Numbers const&, int, int, int, bool)>(
+      &Oz_debug_vector_matrix));
+  EXPECT_TRUE(is_there<void (*)(OzJournal&, Numbers const&, int, int, int, int)>(&oz_arraydebug));
+  EXPECT_TRUE(is_there<void (*)(OzJournal&, int, Numbers const&, int, int, int, int)>(&oz_arraydebug));
+  EXPECT_TRUE(
+      is_there<void (*)(OzJournal&, bool, int, int, Numbers const&, int, int, int, int)>(&oz_arraydebug));
+  EXPECT_TRUE(is_there<void (*)(OzJournal&, bool, int, int, int, Numbers const&, int, int, int, int)>(
+      &oz_arraydebug));
+}
+
 TEST(Surface, HasTheFunctionsForStrings)
 {
   EXPECT_TRUE(is_there<OzString (*)(int)>(&oz_blankstring));
