@@ -204,6 +204,7 @@ TEST(PureVirtualHook, IsAVariableThatAClientMaySet)
 {
   auto* const before = dkb_pure_virtual_called;
   ASSERT_NE(before, nullptr);
+  pure_calls.clear();
 
   dkb_pure_virtual_called = [](char const* class_name, char const* method_name)
   { pure_calls.push_back(std::string(class_name) + "." + method_name); };

@@ -136,8 +136,10 @@ TEST(OzAttrib, ACopyHasAnIdentityOfItsOwnAndNoHolder)
   original.add_ref();
 
   TestAttrib const copy(original);
+  TestAttrib const next(original);
 
   EXPECT_EQ(copy.identity(), original.identity() + 1);
+  EXPECT_EQ(next.identity(), original.identity() + 2);
   EXPECT_EQ(copy.n_refs(), 0);
   EXPECT_EQ(original.n_refs(), 1);
   original.remove_ref();

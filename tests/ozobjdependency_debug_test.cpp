@@ -120,7 +120,7 @@ int draw(std::string const& text)
 
   std::string const file = testing::TempDir() + "oz_drawing_" + std::to_string(getpid()) + ".dot";
   std::ofstream(file) << text;
-  int const result = std::system(("dot -Tsvg -o /dev/null " + file + " >/dev/null 2>&1").c_str());
+  int const result = std::system(("dot -Tsvg -o /dev/null '" + file + "' >/dev/null 2>&1").c_str());
   std::remove(file.c_str());
   return result;
 }

@@ -554,6 +554,88 @@ TEST(OzObjDependencyValidate, WantsASiblingOfTheSameQualifierForEachPart)
                                          "error 21: source n1 of SPLIT has only one target n2\n");
 }
 
+TEST(OzObjDependencyValidate, TakesAPartWithAnotherQualifierForNoSibling)
+{
+  Fixture f;
+  f.record_parts(&f.a, {&f.b, &f.c}, SPLIT);
+  int qualifier = 2;
+  for (OzDynObj const* part : {&f.b, &f.c})
+  {
+    for (OzObjDepLink* link : {f.forward(&f.a, part), f.backward(&f.a, part)})
+    {
+      link->has_target_qualifier = true;
+      link->target_qualifier = qualifier;
+    }
+    ++qualifier;
+  }
+  TextJournal journal;
+
+  EXPECT_FALSE(f.graph.is_valid(&journal));
+
+  EXPECT_EQ(error_lines(journal.text()), "error 21: source n1 of SPLIT has only one target n2\n"
+                                         "error 21: source n1 of SPLIT has only one target n2\n");
+}
+
+TEST(OzObjDependencyValidate, DoesNotCompareTheValuesOfAQualifierThatIsAtOneEndOnly)
+{
+  Fixture f;
+  f.record(&f.a, &f.b, MODIFICATION, &FIVE);
+  f.backward(&f.a, &f.b)->has_target_qualifier = false;
+  f.backward(&f.a, &f.b)->target_qualifier = -1;
+  TextJournal journal;
+
+  EXPECT_FALSE(f.graph.is_valid(&journal));
+
+  EXPECT_EQ(error_lines(journal.text()),
+            "error 12: pair of links between source n1 and target n2 do not both have a target qualifier\n");
+}
+
+TEST(OzObjDependencyValidate, ChecksThePlaceOfANodeThatTheMapDoesNotKnow)
+{
+  Fixture f;
+  f.record(&f.a, &f.b, MODIFICATION);
+  OzObjDepNode* const lost = f.node(&f.b);
+  Probe::leaves(f.graph).erase(lost);
+  Probe::nodes(f.graph).erase(&f.b);
+  f.repair = [&f, lost] { Probe::nodes(f.graph).insert(&f.b, lost); };
+  TextJournal journal;
+
+  EXPECT_FALSE(f.graph.is_valid(&journal));
+
+  EXPECT_EQ(error_lines(journal.text()), "error 1: node n1 is not stored in object-node-map\n"
+                                         "error 5: node n1 without targets not in leaves\n");
+}
+
+TEST(OzObjDependencyValidate, TellsOfADeletionThatComesFromNothingForBothItsEnds)
+{
+  Fixture f;
+  f.record(nullptr, &f.a, CREATION);
+  f.retype(nullptr, &f.a, DELETION);
+  TextJournal journal;
+
+  EXPECT_FALSE(f.graph.is_valid(&journal));
+
+  EXPECT_EQ(error_lines(journal.text()),
+            "error 14: null-object-node n1 linked to target n2 with dependency type which is not CREATION\n"
+            "error 16: target n2 of DELETION link to source n1 is not null-object-node\n");
+}
+
+TEST(OzObjDependencyValidate, WalksUpFromEachLeafOnce)
+{
+  Fixture f;
+  f.record(&f.a, &f.b, CREATION);
+  f.record(&f.b, &f.c, CREATION);
+  Probe::leaves(f.graph).insert(f.node(&f.b)); // a leaf on the way up from another one
+  Probe::roots(f.graph).erase(f.node(&f.a));
+  TextJournal journal;
+
+  EXPECT_FALSE(f.graph.is_valid(&journal));
+
+  EXPECT_EQ(error_lines(journal.text()),
+            "error 27: node n1 (source of n2) has no sources but is not in roots\n"
+            "error 27: node n1 (source of n2) has no sources but is not in roots\n");
+}
+
 TEST(OzObjDependencyValidate, TellsAQualifierOfMinusOneFromNone)
 {
   Fixture f;
