@@ -19,6 +19,9 @@ OzList<T>::iterator::iterator(OzList const& list, OzLink* link)
 template <class T>
 typename OzList<T>::iterator& OzList<T>::iterator::operator=(iterator const& other)
 {
+  if (this == &other)
+    return *this;
+
   cur = other.at_end_ ? &sentinel : other.cur;
   sentinel.set_next(other.sentinel.next());
   sentinel.set_prev(other.sentinel.prev());

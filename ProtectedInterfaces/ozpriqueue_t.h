@@ -31,7 +31,7 @@ void OzPriQueue<K, V>::insert(K const& value, V const& priority)
 {
   std::unique_ptr<OzHeapNode> node(new OzPriQueueNode<K, V>(value, priority));
   this->insert_node(node.get());
-  node.release();
+  static_cast<void>(node.release()); // the heap has it now
   ++count_;
 }
 
@@ -40,7 +40,7 @@ void OzPriQueue<K, V>::add(K const& value, V const& priority)
 {
   std::unique_ptr<OzHeapNode> node(new OzPriQueueNode<K, V>(value, priority));
   this->add_node(node.get());
-  node.release();
+  static_cast<void>(node.release()); // the heap has it now
   ++count_;
 }
 

@@ -663,6 +663,23 @@ TEST(OzListIterator, AssignmentFromAnItemLeavesTheEnd)
   EXPECT_EQ(*it, 1);
 }
 
+TEST(OzListIterator, AssignmentToItselfStaysWhereItIs)
+{
+  OzList<int> const list = make_list({1, 2});
+  OzList<int>::iterator on_item = list.begin();
+  OzList<int>::iterator at_end = list.end();
+  OzList<int>::iterator const& same_item = on_item;
+  OzList<int>::iterator const& same_end = at_end;
+
+  on_item = same_item;
+  at_end = same_end;
+
+  EXPECT_EQ(*on_item, 1);
+  EXPECT_EQ(*++on_item, 2);
+  EXPECT_TRUE(at_end.at_end());
+  EXPECT_TRUE(at_end == list.end());
+}
+
 TEST(OzListIterator, AWalkSeesWhatIsAppendedMeanwhile)
 {
   OzList<int> list = make_list({1, 2});
