@@ -322,6 +322,13 @@ TEST(Surface, PlainClassesHaveTheirOperations)
   EXPECT_TRUE(is_there<bool (OzVersionStamp::*)(OzVersionStamp const&)>(&OzVersionStamp::operator>=));
   EXPECT_TRUE(
       is_there<bool (*)(OzOperationBehaviour*, OzVersionStamp const&)>(&OzVersioning::active_modification));
+  EXPECT_TRUE(is_there<double (OzInterval::*)() const>(&OzInterval::length));
+  EXPECT_TRUE(is_there<void (OzUVPar::*)(OzJournal&, OzDebug, bool, int) const>(&OzUVPar::debug));
+  EXPECT_TRUE(is_there<void (OzUVVec::*)(OzJournal&, OzDebug, bool, int) const>(&OzUVVec::debug));
+  EXPECT_TRUE(is_there<void (OzUVWPar::*)(OzJournal&, OzDebug, bool, int) const>(&OzUVWPar::debug));
+  EXPECT_TRUE(is_there<void (OzUVWVec::*)(OzJournal&, OzDebug, bool, int) const>(&OzUVWVec::debug));
+  EXPECT_TRUE(is_there<void (OzTrianglePar::*)(OzJournal&, OzDebug, bool, int) const>(&OzTrianglePar::debug));
+  EXPECT_TRUE(is_there<void (OzTriangleVec::*)(OzJournal&, OzDebug, bool, int) const>(&OzTriangleVec::debug));
   typedef OzChunk*& Chunks;
   EXPECT_TRUE(
       is_there<OzChunk* (*)(std::uint64_t&, std::uint64_t, std::uint64_t, OzJournal*)>(&OzChunk::get_chunk));
@@ -330,6 +337,9 @@ TEST(Surface, PlainClassesHaveTheirOperations)
   EXPECT_TRUE(is_there<void (*)(Chunks, void*, bool, Chunks, OzJournal*)>(&OzChunk::OzChunkFree));
   EXPECT_TRUE(is_there<void (*)(Chunks, Chunks, bool, OzJournal*)>(&OzChunk::OzChunkReinit));
   EXPECT_TRUE(is_there<void (*)(Chunks, OzJournal*)>(&OzChunk::OzChunkClear));
+  EXPECT_TRUE(is_there<std::uint64_t (OzAddressSetBase::*)() const>(&OzAddressSetBase::size));
+  EXPECT_TRUE(is_there<std::uint64_t (OzAddressMapBase::*)() const>(&OzAddressMapBase::size));
+  EXPECT_TRUE(is_there<void (OzListIndex::*)()>(&OzListIndex::reset));
   OzMutexId const id;
   EXPECT_NE(id.Id(), 0u);
   OzCriticalDkbRegion const region;

@@ -3,13 +3,14 @@
 members, their bases and their sizes.
 
 usage: check_layout.py COMPILER TABLE INCLUDE_DIR...
-       check_layout.py --complete TABLE HEADER_DIR...
+       check_layout.py --complete TABLE TEST HEADER_DIR...
        check_layout.py --self-test COMPILER
 
 Asks the compiler for the debug information of the classes that TABLE names, and compares. TABLE says what clients
 that were built earlier rely upon, so a difference is an error in the classes; how it is written is told at its
-beginning. With --complete no compiler is asked: each exported class of the headers must be in TABLE. With --self-test
-small classes are held against tables that are wrong on purpose, and each difference must be found.
+beginning. With --complete no compiler is asked: each class that the headers export must be in TABLE, and be named in
+the source TEST, as must each function and variable. With --self-test small classes are held against tables that are
+wrong on purpose, and each difference must be found.
 
 Exit: 0 all as the table says, 1 something is not, 2 wrong usage, 77 skipped, since the platform is not x86-64 or a
 tool is missing.
@@ -81,9 +82,11 @@ def read_table(text):
         elif words[0] == "slot":
             classes[-1].slots.append(words[1].strip())
         elif words[0] == "field":
-            offset, name, *kind = words[1].split(None, 2)
-            classes[-1].fields.append((name, None if offset == "-" else int(offset),
-                                       kind[0] if kind and kind[0] != "-" else None))
+            try:
+                offset, name, kind = words[1].split(None, 2)
+            except ValueError:
+                raise SystemExit("line %d of the table: a field has an offset, a name and a type: %s" % (number, raw))
+            classes[-1].fields.append((name, None if offset == "-" else int(offset), None if kind == "-" else kind))
         elif line.strip() == "more":
             classes[-1].more = True
         else:
@@ -399,27 +402,70 @@ def self_test(compiler):
         said = list(differences(classes, found))
         if not any(complaint in line for line in said):
             failed.append(("where %r became %r: expected %r" % (old, new, complaint), said))
+    names = exported(OWN_HEADER)
+    if names != (["A", "Pair", "B"], ["hook", "the_one", "plain_", "list"]):
+        failed.append(("what a header exports", names))
     for what, said in failed:
         print("%s, found %s" % (what, said))
     return 1 if failed else 0
 
 
-def classes_left_out(table, folders):
-    """The exported classes of the headers in these folders that the table does not name."""
-    named = {re.sub(r"<.*", "", c.name) for c in read_table(table)}
+EXPORTED = re.compile(r"^(?!template)(?:extern )?(?:\"C\" )?(class |struct |)(?:OZ|LUM)_EXPORT (.*)", re.MULTILINE)
+
+
+def exported(text):
+    """The classes that a header exports, and the functions and variables."""
+    classes = []
+    others = []
+    for kind, rest in EXPORTED.findall(re.sub(r"^#.*", "", text, flags=re.MULTILINE)):
+        if kind:
+            classes.append(re.match(r"\w+", rest).group())
+        elif "(*" in rest:
+            others.append(re.search(r"\(\*(\w+)\)", rest).group(1))
+        else:
+            others.append(re.search(r"(operator\W+|\w+) *[(;]", rest).group(1))
+    return classes, others
+
+
+def left_out(table, test, folders):
+    """What the headers in these folders export and the table or the test does not name."""
+    in_table = {re.sub(r"<.*", "", c.name) for c in read_table(table)}
     for folder in folders:
         for header in sorted(Path(folder).glob("*.h")):
-            for name in re.findall(r"^(?:class|struct) (?:OZ|LUM)_EXPORT (\w+)", header.read_text(), re.MULTILINE):
-                if name not in named:
+            classes, others = exported(header.read_text())
+            for name in classes:
+                if name not in in_table:
                     yield "%s: %s is not in the table" % (header.name, name)
+            for name in classes + others:
+                if not re.search(r"(?<!\w)" + re.escape(name) + r"(?!\w)", test):
+                    yield "%s: %s is not in the test" % (header.name, name)
+
+
+OWN_HEADER = """
+#define OZ_EXPORT
+class OZ_EXPORT A
+template <class T>
+class OZ_EXPORT Pair
+struct OZ_EXPORT B
+class C
+extern OZ_EXPORT void (*hook)(int, char*);
+extern OZ_EXPORT A& the_one;
+extern "C" OZ_EXPORT double plain_();
+OZ_EXPORT std::vector<A> list(int first,
+"""
+
+
+def check_complete(arguments):
+    table, test, *folders = arguments
+    found = list(left_out(Path(table).read_text(), Path(test).read_text(), folders))
+    for line in found:
+        print(line)
+    return 1 if found else 0
 
 
 def main(arguments):
-    if arguments[:1] == ["--complete"] and len(arguments) > 2:
-        left_out = list(classes_left_out(Path(arguments[1]).read_text(), arguments[2:]))
-        for line in left_out:
-            print(line)
-        return 1 if left_out else 0
+    if arguments[:1] == ["--complete"] and len(arguments) > 3:
+        return check_complete(arguments[1:])
     wants_self_test = arguments[:1] == ["--self-test"]
     if wants_self_test:
         arguments = arguments[1:]
