@@ -29,6 +29,12 @@ std::string content(std::string const& file)
   return text.str();
 }
 
+/// A word for the shell, whatever the place where the tree lies is called.
+std::string quoted(std::string const& word)
+{
+  return "'" + word + "'";
+}
+
 /// A folder of its own for each test.
 class HistoryFiles : public testing::Test
 {
@@ -49,7 +55,7 @@ protected:
   {
     std::string const file = path("written.dot");
     std::string const command =
-        std::string(OZ_CONTOURS_PROGRAM) + " -q " + arguments + " " + option + " " + file + " >/dev/null";
+        quoted(OZ_CONTOURS_PROGRAM) + " -q " + arguments + " " + option + " " + quoted(file) + " >/dev/null";
     int const status = std::system(command.c_str());
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) <= 1) << command;
     return content(file);
@@ -98,7 +104,7 @@ TEST_F(HistoryFiles, SimplifiedHaveEntitiesAndContoursAlone)
 {
   std::ofstream(path("part.dxf")) << dxf_drawing(HALF_DISC + line_entity("CUT", 10, 0, 0, 0));
 
-  EXPECT_EQ(written("-g", path("part.dxf")), R"(strict digraph ObjectDependency {
+  EXPECT_EQ(written("-g", quoted(path("part.dxf"))), R"(strict digraph ObjectDependency {
 1 [label="1 NamedObject: LINE #1"];
 1  -> {13} [label="ABSORPTION -\nseparator 2",color="blue"];
 5 [label="5 NamedObject: ARC #2"];
@@ -169,7 +175,7 @@ TEST_F(HistoryFiles, HaveNamesWithoutQuotesAndBackslashes)
   EXPECT_NE(content(path("x.dot")).find("NamedObject: contour 1 on a'b/c\"];\n"), std::string::npos);
   if (std::system("command -v dot >/dev/null") != 0)
     GTEST_SKIP() << "Graphviz is not installed";
-  EXPECT_EQ(std::system(("dot -Tsvg -o /dev/null " + path("x.dot")).c_str()), 0);
+  EXPECT_EQ(std::system(("dot -Tsvg -o /dev/null " + quoted(path("x.dot"))).c_str()), 0);
 }
 
 TEST_F(HistoryFiles, AreWrittenAllOrNone)
