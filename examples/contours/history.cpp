@@ -30,9 +30,6 @@ std::vector<std::size_t> numbers_of(ObjectIterator& objects)
   return numbers;
 }
 
-/// The most looks at a source of a contour that simplification may take without being asked for.
-constexpr std::size_t MOST_LOOKS = 4000 * std::size_t(4000);
-
 /// A name that can stand between quotes in a text for Graphviz.
 std::string drawable(std::string name)
 {
@@ -135,17 +132,6 @@ void History::record_new_contours()
 void History::simplify()
 {
   graph.simplify_it();
-}
-
-bool History::is_soon_simplified() const
-{
-  std::size_t looks = 0;
-  for (Contour const& contour : outcome.contours)
-  {
-    std::size_t const sources = contour.links.size() + contour.doubles.size();
-    looks += sources * sources;
-  }
-  return looks <= MOST_LOOKS;
 }
 
 std::string History::picture(std::set<std::size_t> const& only_contours)

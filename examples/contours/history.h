@@ -33,8 +33,6 @@ public:
 
   /// Takes the edges out of the history. What it answers stays the same.
   void simplify();
-  /// Simplification looks at all sources of a contour once for each of them. Whether that is a matter of a second.
-  bool is_soon_simplified() const;
 
   /// A text from which Graphviz draws the history, or only that of some contours. Names in it have no quotes and no
   /// backslashes. The objects stand in the order of their identities, which are drawn in the order of entities, edges

@@ -234,8 +234,6 @@ private:
       only.insert(number - 1);
     if (!options.raw_history.empty())
       files.emplace_back(options.raw_history, history.picture(only));
-    if (options.history.empty() && !history.is_soon_simplified())
-      return;
     history.simplify();
     if (!options.history.empty())
       files.emplace_back(options.history, history.picture(only));

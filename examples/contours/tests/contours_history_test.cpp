@@ -265,22 +265,16 @@ TEST(History, AnswersTheSameWhenItIsSimplified)
   }
 }
 
-TEST(History, OfAVeryLongContourIsNotSimplifiedUnasked)
+TEST_F(HistoryFiles, OfAVeryLongContourAreSimplifiedAsWell)
 {
   std::string run;
-  for (int i = 0; i < 4001; ++i)
+  for (int i = 0; i < 20000; ++i)
     run += line_entity("CUT", i, 0, i + 1, 0);
-  Drawing const long_run = in_order(run);
-  ContourFinder long_finder(long_run, {}, 0.01, std::nullopt);
-  History long_history(long_run, long_finder.outcome());
-  find_contours(long_finder, long_history);
-  Drawing const short_runs = in_order(triangles(1400));
-  ContourFinder short_finder(short_runs, {}, 0.01, std::nullopt);
-  History short_history(short_runs, short_finder.outcome());
-  find_contours(short_finder, short_history);
-  ASSERT_EQ(long_finder.outcome().contours.size(), 1u);
-  ASSERT_EQ(short_finder.outcome().contours.size(), 1400u);
+  std::ofstream(path("part.dxf")) << dxf_drawing(run);
 
-  EXPECT_FALSE(long_history.is_soon_simplified());
-  EXPECT_TRUE(short_history.is_soon_simplified());
+  run_program({"-q", path("part.dxf"), "-g", path("x.dot")});
+
+  std::string const simple = content(path("x.dot")); // too long to be drawn
+  EXPECT_EQ(count(simple, "ABSORPTION"), 20000u);
+  EXPECT_EQ(count(simple, "CONVERSION"), 0u);
 }
