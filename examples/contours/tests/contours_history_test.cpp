@@ -35,6 +35,23 @@ std::string quoted(std::string const& word)
   return "'" + word + "'";
 }
 
+bool drawing_program_is_installed()
+{
+  static bool const is_installed = std::system("command -v dot >/dev/null 2>&1") == 0;
+  return is_installed;
+}
+
+/// The text of a file for Graphviz, which is also shown to the drawing program, where that is installed.
+std::string drawable(std::string const& file)
+{
+  if (drawing_program_is_installed())
+  {
+    EXPECT_EQ(std::system(("dot -Tsvg -o /dev/null " + quoted(file) + " >/dev/null 2>&1").c_str()), 0)
+        << content(file);
+  }
+  return content(file);
+}
+
 /// A folder of its own for each test.
 class HistoryFiles : public testing::Test
 {
@@ -58,7 +75,7 @@ protected:
         quoted(OZ_CONTOURS_PROGRAM) + " -q " + arguments + " " + option + " " + quoted(file) + " >/dev/null";
     int const status = std::system(command.c_str());
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) <= 1) << command;
-    return content(file);
+    return drawable(file);
   }
 
   std::filesystem::path folder;
@@ -137,14 +154,17 @@ TEST_F(HistoryFiles, ShowOnlyTheContoursThatAreAskedFor)
   run_program({"-q", path("part.dxf"), "-g", path("2.dot"), "--history-of", "2"});
   run_program({"-q", path("part.dxf"), "-g", path("13.dot"), "--history-of", "3", "--history-of", "1"});
   run_program({"-q", path("part.dxf"), "-g", path("all.dot")});
+  std::string const second = drawable(path("2.dot"));
+  std::string const first_and_third = drawable(path("13.dot"));
+  std::string const all = drawable(path("all.dot"));
 
-  EXPECT_EQ(count(content(path("2.dot")), "contour"), 1u);
-  EXPECT_EQ(count(content(path("2.dot")), "contour 2 on CUT"), 1u);
-  EXPECT_EQ(count(content(path("2.dot")), "LINE #"), 3u);
-  EXPECT_EQ(count(content(path("13.dot")), "contour"), 2u);
-  EXPECT_EQ(count(content(path("13.dot")), "contour 2"), 0u);
-  EXPECT_EQ(count(content(path("all.dot")), "contour"), 3u);
-  EXPECT_EQ(count(content(path("all.dot")), "LINE #"), 9u);
+  EXPECT_EQ(count(second, "contour"), 1u);
+  EXPECT_EQ(count(second, "contour 2 on CUT"), 1u);
+  EXPECT_EQ(count(second, "LINE #"), 3u);
+  EXPECT_EQ(count(first_and_third, "contour"), 2u);
+  EXPECT_EQ(count(first_and_third, "contour 2"), 0u);
+  EXPECT_EQ(count(all, "contour"), 3u);
+  EXPECT_EQ(count(all, "LINE #"), 9u);
   EXPECT_EQ(count(written("-g", "examples/data/plate.dxf --history-of 1"), "ABSORPTION"), 9u)
       << "the double too";
 }
@@ -160,10 +180,12 @@ TEST_F(HistoryFiles, LeaveOutTheOtherContoursOfAnEntity)
 
   run_program(
       {"-q", path("part.dxf"), "-g", path("1.dot"), "--history-raw", path("1r.dot"), "--history-of", "1"});
+  std::string const simple = drawable(path("1.dot"));
+  std::string const raw = drawable(path("1r.dot"));
 
-  EXPECT_EQ(count(content(path("1.dot")), "ABSORPTION"), 1u);
-  EXPECT_EQ(count(content(path("1r.dot")), "CONTAINMENT"), 3u);
-  EXPECT_EQ(count(content(path("1r.dot")), "ABSORPTION"), 3u);
+  EXPECT_EQ(count(simple, "ABSORPTION"), 1u);
+  EXPECT_EQ(count(raw, "CONTAINMENT"), 3u);
+  EXPECT_EQ(count(raw, "ABSORPTION"), 3u);
 }
 
 TEST_F(HistoryFiles, HaveNamesWithoutQuotesAndBackslashes)
@@ -172,10 +194,7 @@ TEST_F(HistoryFiles, HaveNamesWithoutQuotesAndBackslashes)
 
   run_program({"-q", path("part.dxf"), "-g", path("x.dot")});
 
-  EXPECT_NE(content(path("x.dot")).find("NamedObject: contour 1 on a'b/c\"];\n"), std::string::npos);
-  if (std::system("command -v dot >/dev/null") != 0)
-    GTEST_SKIP() << "Graphviz is not installed";
-  EXPECT_EQ(std::system(("dot -Tsvg -o /dev/null " + quoted(path("x.dot"))).c_str()), 0);
+  EXPECT_NE(drawable(path("x.dot")).find("NamedObject: contour 1 on a'b/c\"];\n"), std::string::npos);
 }
 
 TEST_F(HistoryFiles, AreWrittenAllOrNone)
@@ -277,4 +296,12 @@ TEST_F(HistoryFiles, OfAVeryLongContourAreSimplifiedAsWell)
   std::string const simple = content(path("x.dot")); // too long to be drawn
   EXPECT_EQ(count(simple, "ABSORPTION"), 20000u);
   EXPECT_EQ(count(simple, "CONVERSION"), 0u);
+}
+
+TEST(DrawingProgram, IsShownAllHistories)
+{
+  if (!drawing_program_is_installed())
+    GTEST_SKIP() << "dot is not installed";
+
+  EXPECT_NE(drawable("docs/plate-history.dot"), "");
 }
