@@ -137,17 +137,17 @@ public:
   {
     Drawing drawing;
     double unit = 1.0;
-    if (Result const result = read(drawing, unit); result.failed())
+    if (Result result = read(drawing, unit); result.failed())
       return result;
     std::optional<std::size_t> asked;
-    if (Result const result = find_asked_entity(drawing, asked); result.failed())
+    if (Result result = find_asked_entity(drawing, asked); result.failed())
       return result;
 
     ContourFinder finder(drawing, options.layers, options.tolerance_mm, chosen_strategy(options));
     Outcome& outcome = finder.outcome();
     History history(drawing, outcome);
     JobFigures const figures = sort_clusters(finder, history);
-    if (Result const result = check_asked_contours(outcome); result.failed())
+    if (Result result = check_asked_contours(outcome); result.failed())
       return result;
     take_pictures(history);
     add_sources(outcome, history);
@@ -157,7 +157,7 @@ public:
     tell_figures(figures, messages);
     tell_remarks(report, options.layers, messages);
     std::string const text = asked ? why(report, history, *asked) : result_text(options, report);
-    if (Result const result = write_results(report, text); result.failed())
+    if (Result result = write_results(report, text); result.failed())
       return result;
     return verdict(outcome, options.strict);
   }
@@ -272,7 +272,7 @@ private:
     if (!options.svg.empty())
       files.emplace_back(options.svg, svg(report));
     // The files first: where one fails, nothing was said that looks like success.
-    if (Result const result = write_files(); result.failed())
+    if (Result result = write_files(); result.failed())
       return result;
     // Whoever reads the standard output may keep us waiting.
     interrupt.reset();
