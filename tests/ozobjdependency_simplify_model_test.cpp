@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <ostream>
 #include <random>
 
 namespace
@@ -29,6 +30,12 @@ struct Shape
   int n_absorbers = 0; // if not 0: so many objects absorb nearly all others
   int n_tools = 0;     // and so many are absorbed by many others
 };
+
+/// In messages a shape is its name. Otherwise its bytes would be read, and some of them are never written.
+void PrintTo(Shape const& shape, std::ostream* stream)
+{
+  *stream << shape.name;
+}
 
 std::vector<Type> const ALL_TYPES = {
     OzObjectDependency::TRANSFER,     OzObjectDependency::CREATION,    OzObjectDependency::DELETION,
