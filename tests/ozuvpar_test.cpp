@@ -169,9 +169,10 @@ TEST(OzUVPar, ComputesInPlace)
   EXPECT_EQ(numbers(value), (Numbers{4.0, -2.0}));
   EXPECT_EQ(&(value *= 3.0), &value);
   EXPECT_EQ(numbers(value), (Numbers{12.0, -6.0}));
-  value += value;
+  OzUVPar const& itself = value;
+  value += itself;
   EXPECT_EQ(numbers(value), (Numbers{24.0, -12.0}));
-  value -= value;
+  value -= itself;
   EXPECT_EQ(numbers(value), (Numbers{0.0, 0.0}));
 }
 

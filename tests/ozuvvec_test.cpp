@@ -175,9 +175,10 @@ TEST(OzUVVec, ComputesInPlace)
   EXPECT_EQ(numbers(value), (Numbers{12.0, -6.0}));
   EXPECT_EQ(&(value /= 4.0), &value);
   EXPECT_EQ(numbers(value), (Numbers{3.0, -1.5}));
-  value += value;
+  OzUVVec const& itself = value;
+  value += itself;
   EXPECT_EQ(numbers(value), (Numbers{6.0, -3.0}));
-  value -= value;
+  value -= itself;
   EXPECT_EQ(numbers(value), (Numbers{0.0, 0.0}));
 }
 

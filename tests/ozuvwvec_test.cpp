@@ -180,9 +180,10 @@ TEST(OzUVWVec, ComputesInPlace)
   EXPECT_EQ(numbers(value), (Numbers{5.5, 5.0, 9.0}));
   EXPECT_EQ(&(value -= OzUVWVec(1.5, 7.0, 1.0)), &value);
   EXPECT_EQ(numbers(value), (Numbers{4.0, -2.0, 8.0}));
-  value += value;
+  OzUVWVec const& itself = value;
+  value += itself;
   EXPECT_EQ(numbers(value), (Numbers{8.0, -4.0, 16.0}));
-  value -= value;
+  value -= itself;
   EXPECT_EQ(numbers(value), (Numbers{0.0, 0.0, 0.0}));
 }
 
