@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <utility>
 
 /// What is common to the sets of addresses, whatever these point to. See OzAddressSet.
 ///
@@ -55,6 +56,7 @@ protected:
   OzAddressSetBase& operator=(OzAddressSetBase const& other);
   ~OzAddressSetBase() { clear(); }
 
+  void swap_with(OzAddressSetBase& other) noexcept { std::swap(content, other.content); }
   bool insert_address(Address address);
   bool erase_address(Address address);
   bool contains_address(Address address) const;
@@ -145,6 +147,8 @@ public:
   bool erase(T address) { return erase_address(reinterpret_cast<Address>(address)); }
   bool contains(T address) const { return contains_address(reinterpret_cast<Address>(address)); }
 
+  void swap(OzAddressSet& other) noexcept { swap_with(other); }
+
   const_iterator begin() const { return const_iterator(first_position()); }
   const_iterator end() const { return const_iterator(); }
   /// The first address above `address`, which need not be in the set itself.
@@ -197,6 +201,7 @@ protected:
   OzAddressMapBase& operator=(OzAddressMapBase const& other);
   ~OzAddressMapBase() { clear(); }
 
+  void swap_with(OzAddressMapBase& other) noexcept { std::swap(content, other.content); }
   bool insert_entry(Address key, Address value);
   bool erase_key(Address key);
   /// Null if the key is not there.
@@ -279,6 +284,8 @@ public:
     OzAddressMapBase::Entry const* const entry = find(reinterpret_cast<Address>(key));
     return entry != nullptr ? reinterpret_cast<V>(entry->value) : nullptr;
   }
+
+  void swap(OzAddressMap& other) noexcept { swap_with(other); }
 
   const_iterator begin() const { return const_iterator(first_position()); }
   const_iterator end() const { return const_iterator(last_position()); }

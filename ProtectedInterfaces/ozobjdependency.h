@@ -24,11 +24,13 @@ struct OzObjDepSimplifyContext;
 /// Ownership: nodes, links and clones of roles belong to the graph; objects and filters do not. An object
 /// must live as long as the graph is used to read its identity (dumps), but need not for anything else.
 /// Copying and assigning copy addresses: the copy shares the nodes with its original, and each would
-/// delete them. So only one of the two may be destroyed and neither may be changed.
+/// delete them. So only one of the two may be destroyed and neither may be changed. A graph that is assigned to
+/// deletes what it held, unless a copy shares it.
 /// Threads: one at a time.
 /// Reports: recording a dependency twice, nulls and repetitions in sets of objects, and the reserved
 /// removal operations; all of them refused. An ABSORPTION from nothing, if the graph knows the null object
-/// already; that is recorded all the same. Inconsistencies that simplification and validation meet.
+/// already; that is recorded all the same. A call that throws, since memory runs out or a role cannot be
+/// cloned, has recorded nothing. Inconsistencies that simplification and validation meet.
 /// Cost: recording and look-up of an object O(1) on average, O(log n) at a node with n links. A query walks
 /// all paths, and one that leads to a node several times walks on from there each time: simplify first
 /// where histories branch and meet again. Depth is limited by memory, not by the machine's stack. Where
@@ -101,14 +103,17 @@ private:
                                OzObjectDependencyRole const* role, bool* ok);
   void add_dependency_pair(OzDynObj const* source, OzDynObj const* target, Type type,
                            int const* target_qualifier, OzObjectDependencyRole const* role);
-  /// The same where the nodes have been looked up; null for one that there isn't.
-  void add_link(OzDynObj const* source, OzObjDepNode* n1, OzDynObj const* target, OzObjDepNode* n2, Type type,
-                int const* target_qualifier, OzObjectDependencyRole const* role);
+  struct Entry;
+  class Entries;
+  /// The same where the nodes have been looked up; null for one that there isn't. What it does is written to
+  /// `entry`, as far as it comes.
+  void add_link(Entry& entry, OzDynObj const* source, OzObjDepNode* n1, OzDynObj const* target,
+                OzObjDepNode* n2, Type type, int const* target_qualifier, OzObjectDependencyRole const* role);
   OzObjDepNode* make_node(OzDynObj const* object);
-  /// The node `known`, or a new one if that is null, put among `roots` and `leaves` where a source, or a
-  /// target, of a dependency of `type` belongs.
-  OzObjDepNode* source_node(OzDynObj const* object, OzObjDepNode* known, Type type);
-  OzObjDepNode* target_node(OzDynObj const* object, OzObjDepNode* known, Type type);
+  void delete_nodes();
+  /// The node `known`, or a new one if that is null, as a source, or as a target, of a dependency of `type`.
+  void enter_source(Entry& entry, OzDynObj const* object, OzObjDepNode* known, Type type);
+  void enter_target(Entry& entry, OzDynObj const* object, OzObjDepNode* known, Type type);
   /// True if all sources of the object, or of each of the objects, carry one and the same qualifier, which
   /// is then written to `qualifier`.
   bool have_direct_sources_same_target_qualifier(OzDynObj const* object, int& qualifier) const;

@@ -91,13 +91,144 @@ OzObjDependency::OzObjDependency()
 {
 }
 OzObjDependency::OzObjDependency(OzObjDependency const&) = default;
-OzObjDependency& OzObjDependency::operator=(OzObjDependency const&) = default;
+
+OzObjDependency& OzObjDependency::operator=(OzObjDependency const& other)
+{
+  if (this == &other)
+    return *this;
+
+  NodeSet new_roots(other.roots);
+  NodeSet new_leaves(other.leaves);
+  ObjectNodeMap new_nodes(other.object_node_map);
+  debug_node_filter_types.reserve(
+      std::max(debug_node_filter_types.size(), other.debug_node_filter_types.size()), true);
+  debug_node_filters.reserve(std::max(debug_node_filters.size(), other.debug_node_filters.size()), true);
+
+  // Nothing throws from here on. Nodes that a copy has too are left to it.
+  if (records.use_count() == 1)
+    delete_nodes();
+  roots.swap(new_roots);
+  leaves.swap(new_leaves);
+  object_node_map.swap(new_nodes);
+  absorption_inherits = other.absorption_inherits;
+  split_modificational = other.split_modificational;
+  current_separator = other.current_separator;
+  dotty_output = other.dotty_output;
+  debug_node_filter_types = other.debug_node_filter_types;
+  debug_node_filters = other.debug_node_filters;
+  debug_link_filter = other.debug_link_filter;
+  simplify_trace = other.simplify_trace;
+  records = other.records;
+  return *this;
+}
 
 OzObjDependency::~OzObjDependency()
+{
+  delete_nodes();
+}
+
+void OzObjDependency::delete_nodes()
 {
   for (auto const& entry : object_node_map)
     delete entry.value;
 }
+
+/// What one pair has entered in the graph, and what is needed to take it out again.
+struct OzObjDependency::Entry
+{
+  OzObjDepNode* n1 = nullptr;
+  OzObjDepNode* n2 = nullptr;
+  bool is_new_n1 = false;
+  bool is_new_n2 = false;
+  bool is_new_root = false; // the null object, for n1
+  bool is_new_leaf = false; // the null object, for n2
+  std::unique_ptr<OzObjDepLink> forward;
+  std::unique_ptr<OzObjDepLink> backward;
+};
+
+/// The pairs that one call enters. They are taken out again, the last one first, if something throws before
+/// all are kept.
+///
+/// Roots that are none any more, and leaves, stay among them until then: to take them out cannot fail, and to
+/// put them back could.
+class OzObjDependency::Entries
+{
+public:
+  explicit Entries(OzObjDependency& graph_to_change)
+    : graph(graph_to_change)
+  {
+  }
+  Entries(Entries const&) = delete;
+  Entries& operator=(Entries const&) = delete;
+  ~Entries()
+  {
+    for (; n_entries != 0; --n_entries)
+      take_out(at(n_entries - 1));
+  }
+
+  Entry& next()
+  {
+    if (n_entries >= FEW && (n_entries - FEW) % CHUNK == 0)
+      others.push_back(std::make_unique<Entry[]>(CHUNK));
+    ++n_entries;
+    return at(n_entries - 1);
+  }
+
+  void keep()
+  {
+    for (std::size_t i = 0; i < n_entries; ++i)
+      keep(at(i));
+    n_entries = 0;
+  }
+
+private:
+  static constexpr std::size_t FEW = 4;
+  static constexpr std::size_t CHUNK = 64;
+
+  Entry& at(std::size_t i) { return i < FEW ? few[i] : others[(i - FEW) / CHUNK][(i - FEW) % CHUNK]; }
+
+  void keep(Entry& entry)
+  {
+    if (entry.n1->object != nullptr && !entry.is_new_n1)
+      graph.leaves.erase(entry.n1);
+    if (entry.n2->object != nullptr && !entry.is_new_n2)
+      graph.roots.erase(entry.n2);
+    static_cast<void>(entry.forward.release());
+    static_cast<void>(entry.backward.release());
+  }
+
+  void take_out(Entry& entry)
+  {
+    if (entry.n1 != nullptr && entry.n2 != nullptr)
+    {
+      if (entry.n1->target_links.erase(entry.forward.get()) &&
+          entry.n1->target_link_map.value(entry.n2) == entry.forward.get())
+        entry.n1->target_link_map.erase(entry.n2);
+      if (entry.n2->source_links.erase(entry.backward.get()) &&
+          entry.n2->source_link_map.value(entry.n1) == entry.backward.get())
+        entry.n2->source_link_map.erase(entry.n1);
+    }
+    if (entry.is_new_n2 || entry.is_new_leaf)
+      graph.leaves.erase(entry.n2);
+    if (entry.is_new_n2)
+      delete_node(entry.n2);
+    if (entry.is_new_n1 || entry.is_new_root)
+      graph.roots.erase(entry.n1);
+    if (entry.is_new_n1)
+      delete_node(entry.n1);
+  }
+
+  void delete_node(OzObjDepNode* node)
+  {
+    graph.object_node_map.erase(node->object);
+    delete node;
+  }
+
+  OzObjDependency& graph;
+  std::size_t n_entries = 0;
+  Entry few[FEW];
+  std::vector<std::unique_ptr<Entry[]>> others; // a chunk each
+};
 
 bool OzObjDependency::record_dependency(OzDynObj const* source, OzDynObj const* target, Type type,
                                         int const* target_qualifier, OzObjectDependencyRole const* role)
@@ -119,7 +250,9 @@ bool OzObjDependency::record_dependency(OzDynObj const* source, OzDynObj const* 
       have_direct_sources_same_target_qualifier(source, inherited))
     target_qualifier = &inherited;
 
-  add_link(source, n1, target, n2, type, target_qualifier, role);
+  Entries entries(*this);
+  add_link(entries.next(), source, n1, target, n2, type, target_qualifier, role);
+  entries.keep();
   return true;
 }
 
@@ -288,6 +421,7 @@ void OzObjDependency::check_or_add_dependency(bool check, Objects* sources, Obje
 {
   bool all_ok = true;
   bool delivered = false;
+  Entries entries(*this);
 
   if (sources != nullptr)
     sources->reset();
@@ -306,7 +440,8 @@ void OzObjDependency::check_or_add_dependency(bool check, Objects* sources, Obje
         all_ok = false;
 
       if (!check)
-        add_dependency_pair(source, target, type, target_qualifier, role);
+        add_link(entries.next(), source, object_node_map.value(source), target, object_node_map.value(target),
+                 type, target_qualifier, role);
       else if (!check_dependency_pair(source, target))
         all_ok = false;
 
@@ -319,7 +454,10 @@ void OzObjDependency::check_or_add_dependency(bool check, Objects* sources, Obje
   } while (sources != nullptr && !sources->done() && all_ok);
 
   if (!check)
+  {
+    entries.keep();
     return;
+  }
 
   // An object may well stand on both sides: that is for validation to judge.
   all_ok = all_ok && !has_repetition(sources) && !has_repetition(targets);
@@ -330,25 +468,27 @@ void OzObjDependency::check_or_add_dependency(bool check, Objects* sources, Obje
 void OzObjDependency::add_dependency_pair(OzDynObj const* source, OzDynObj const* target, Type type,
                                           int const* target_qualifier, OzObjectDependencyRole const* role)
 {
-  if (type != TRANSFER)
-    add_link(source, object_node_map.value(source), target, object_node_map.value(target), type,
-             target_qualifier, role);
+  if (type == TRANSFER)
+    return;
+  Entries entries(*this);
+  add_link(entries.next(), source, object_node_map.value(source), target, object_node_map.value(target), type,
+           target_qualifier, role);
+  entries.keep();
 }
 
-void OzObjDependency::add_link(OzDynObj const* source, OzObjDepNode* n1, OzDynObj const* target,
+void OzObjDependency::add_link(Entry& entry, OzDynObj const* source, OzObjDepNode* n1, OzDynObj const* target,
                                OzObjDepNode* n2, Type type, int const* target_qualifier,
                                OzObjectDependencyRole const* role)
 {
-  // The records come first: a role that cannot be cloned leaves the graph as it was.
-  auto backward = make_link(records->links, type, target_qualifier, role, current_separator);
-  auto forward = make_link(records->links, type, target_qualifier, role, current_separator);
+  entry.backward = make_link(records->links, type, target_qualifier, role, current_separator);
+  entry.forward = make_link(records->links, type, target_qualifier, role, current_separator);
 
-  n1 = source_node(source, n1, type);
-  n2 = target_node(target, source == target ? n1 : n2, type);
-  backward->node = n1;
-  forward->node = n2;
-  n1->add_target_link(forward.release());
-  n2->add_source_link(backward.release());
+  enter_source(entry, source, n1, type);
+  enter_target(entry, target, source == target ? entry.n1 : n2, type);
+  entry.backward->node = entry.n1;
+  entry.forward->node = entry.n2;
+  entry.n1->add_target_link(entry.forward.get());
+  entry.n2->add_source_link(entry.backward.get());
 }
 
 OzObjDepNode* OzObjDependency::make_node(OzDynObj const* object)
@@ -358,46 +498,40 @@ OzObjDepNode* OzObjDependency::make_node(OzDynObj const* object)
   return made.release();
 }
 
-OzObjDepNode* OzObjDependency::source_node(OzDynObj const* object, OzObjDepNode* known, Type type)
+void OzObjDependency::enter_source(Entry& entry, OzDynObj const* object, OzObjDepNode* known, Type type)
 {
   if (known == nullptr)
   {
-    OzObjDepNode* const node = make_node(object);
-    roots.insert(node);
-    return node;
+    entry.n1 = make_node(object);
+    entry.is_new_n1 = true;
+    roots.insert(entry.n1);
+    return;
   }
 
+  entry.n1 = known;
   if (object == nullptr)
   {
     OZ_ASSERT(type == CREATION);
-    roots.insert(known);
+    entry.is_new_root = roots.insert(known);
   }
-  else
-  {
-    leaves.erase(known);
-  }
-  return known;
 }
 
-OzObjDepNode* OzObjDependency::target_node(OzDynObj const* object, OzObjDepNode* known, Type type)
+void OzObjDependency::enter_target(Entry& entry, OzDynObj const* object, OzObjDepNode* known, Type type)
 {
   if (known == nullptr)
   {
-    OzObjDepNode* const node = make_node(object);
-    leaves.insert(node);
-    return node;
+    entry.n2 = make_node(object);
+    entry.is_new_n2 = true;
+    leaves.insert(entry.n2);
+    return;
   }
 
+  entry.n2 = known;
   if (object == nullptr)
   {
     OZ_ASSERT(type == DELETION);
-    leaves.insert(known);
+    entry.is_new_leaf = leaves.insert(known);
   }
-  else
-  {
-    roots.erase(known);
-  }
-  return known;
 }
 
 bool OzObjDependency::have_direct_sources_same_target_qualifier(OzDynObj const* object, int& qualifier) const

@@ -2,14 +2,15 @@
 #define MEMORY_REFUSAL_H
 
 #include <atomic>
+#include <cerrno>
 #include <cstddef>
 #include <cstdlib>
 
 #include <dlfcn.h>
 
-// Lets a test run out of memory. Included by one source of an executable: its malloc stands before the
-// platform's for the whole process. A sanitizer has its own in that place, and so has a memory checker that
-// runs the program; then memory is never refused.
+// Lets a test run out of memory. Included by one source of an executable: its malloc and its posix_memalign
+// stand before the platform's for the whole process. A sanitizer has its own in that place, and so has a
+// memory checker that runs the program; then memory is never refused.
 
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
 #define MEMORY_CAN_BE_REFUSED 0
@@ -50,6 +51,13 @@ extern "C" __attribute__((visibility("default"))) void* malloc(std::size_t bytes
 {
   static auto* const platforms = reinterpret_cast<decltype(&malloc)>(dlsym(RTLD_NEXT, "malloc"));
   return MemoryRefusal::meets() ? platforms(bytes) : nullptr;
+}
+extern "C" __attribute__((visibility("default"))) int posix_memalign(void** memory, std::size_t alignment,
+                                                                     std::size_t bytes) noexcept
+{
+  static auto* const platforms =
+      reinterpret_cast<decltype(&posix_memalign)>(dlsym(RTLD_NEXT, "posix_memalign"));
+  return MemoryRefusal::meets() ? platforms(memory, alignment, bytes) : ENOMEM;
 }
 #endif
 
