@@ -78,7 +78,6 @@ OzChunk* taken_off(OzChunk*& list)
 {
   OzChunk* const chunk = list;
   list = chunk->next;
-  chunk->next = nullptr;
   return chunk;
 }
 

@@ -214,8 +214,11 @@ TEST(OzChunk, ARequestThatNoChunkCanHoldChangesNothing)
 
   EXPECT_EQ(caller.allocate(HUGE_NUMBER), nullptr);
   EXPECT_EQ(caller.allocate(HUGE_NUMBER - 1000), nullptr);
-  caller.min_size = HUGE_NUMBER;
-  EXPECT_EQ(caller.allocate(2500), nullptr);
+  for (std::uint64_t const min_size : {HUGE_NUMBER, HUGE_NUMBER - 7})
+  {
+    caller.min_size = min_size;
+    EXPECT_EQ(caller.allocate(2500), nullptr);
+  }
 
   EXPECT_EQ(numbers(caller.active), Numbers({0}));
   EXPECT_EQ(numbers(caller.spare), Numbers({1}));
@@ -228,6 +231,8 @@ TEST(OzChunk, ARequestThatNoChunkCanHoldChangesNothing)
   EXPECT_NE(caller.allocate(1000), nullptr);
   EXPECT_EQ(numbers(caller.active), Numbers({1, 0}));
   EXPECT_EQ(caller.spare, nullptr);
+  caller.allocate(900);
+  EXPECT_EQ(caller.allocate(800), caller.active->next->lower + 1010);
 }
 
 TEST(OzChunk, WithoutMemoryTheChunksThatHaveNoRoomAreMarkedFull)
