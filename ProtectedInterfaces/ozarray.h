@@ -40,6 +40,8 @@ public:
   /// Copies of `n` elements in one block of `slots` slots, or of `n` if that is more.
   OzArray(T const* elements, std::uint64_t n, std::uint64_t slots);
   OzArray(OzArray const& other);
+  /// The same in one block of `slots` slots, or of other.size() if that is more.
+  OzArray(OzArray const& other, std::uint64_t slots);
   /// Takes over the block of `other`, which is empty and without storage afterwards.
   OzArray(OzArray&& other) noexcept;
   /// Copies into the storage there is if the elements fit.

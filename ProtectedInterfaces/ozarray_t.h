@@ -163,6 +163,33 @@ OzArray<T, A>::OzArray(OzArray const& other)
 }
 
 template <class T, class A>
+OzArray<T, A>::OzArray(OzArray const& other, std::uint64_t slots)
+{
+  if constexpr (oz_array_detail::is_plain<T>)
+  {
+    std::uint64_t const room = std::max(other.size_, slots);
+    if (room == 0)
+      return;
+    oz_array_detail::check_size<T>(room);
+    data = static_cast<T*>(oz_array_detail::checked(std::malloc(room * sizeof(T))));
+    // The clear slots come along, which is one piece of work instead of two.
+    std::uint64_t const copied = std::min(room, other.capacity);
+    std::copy(other.data, other.data + copied, data);
+    if (copied < room)
+      std::memset(static_cast<void*>(data + copied), 0, (room - copied) * sizeof(T));
+    capacity = room;
+    size_ = other.size_;
+  }
+  else
+  {
+    OzArray copy(other.data, other.size_, slots);
+    std::swap(data, copy.data);
+    std::swap(capacity, copy.capacity);
+    std::swap(size_, copy.size_);
+  }
+}
+
+template <class T, class A>
 OzArray<T, A>::OzArray(OzArray&& other) noexcept
   : data(std::exchange(other.data, nullptr))
   , capacity(std::exchange(other.capacity, 0))

@@ -49,14 +49,14 @@ OzString::OzString(int value, int width, char pad)
 }
 
 OzString::OzString(OzString const& other)
-  : chars(other.chars.begin(), other.chars.size(),
-          oz_grown_capacity(0, other.chars.size() + (is_terminated(other.chars) ? 0 : 1)))
+  : chars(other.chars, oz_grown_capacity(0, other.chars.size() + (is_terminated(other.chars) ? 0 : 1)))
 {
   if (chars.size() == 0)
     chars.resize(EMPTY_SIZE, true);
 
-  // The size is taken over, but of the characters only the text.
-  std::uint64_t const text = text_length(chars);
+  // The size is taken over, but of the characters only the text. Its end is looked for in the original, which
+  // has not been written just now.
+  std::uint64_t const text = text_length(other.chars);
   if (text + 1 < chars.size())
     std::memset(chars.begin() + text, 0, chars.size() - text);
 }
@@ -126,8 +126,9 @@ OzString& OzString::append(OzString const& s)
 
 OzString& OzString::append_text(char const* text, std::uint64_t count, std::uint64_t growth)
 {
-  chars.resize(std::max(chars.size(), EMPTY_SIZE) + growth, true);
+  // Where the text ends is found before the array grows: reading what was moved just now would have to wait.
   std::uint64_t const at = text_length(chars);
+  chars.resize(std::max(chars.size(), EMPTY_SIZE) + growth, true);
   if (at + count + 1 > chars.size()) // after a resize the text can fill the array to its end
     chars.resize(at + count + 1, true);
   std::memcpy(chars.begin() + at, text, count);

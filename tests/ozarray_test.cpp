@@ -157,6 +157,62 @@ TEST(OzArray, GrownCapacityIsTheFirstDoublingThatReaches)
   }
 }
 
+TEST(OzArray, IsCopiedIntoABlockOfTheSlotsAskedFor)
+{
+  Probe<int> original{1, 2, 3};
+  original.reserve(6, true);
+
+  struct
+  {
+    char const* what;
+    std::uint64_t slots;
+    std::vector<int> all;
+  } const cases[] = {
+      {"fewer than elements", 0, {1, 2, 3}},
+      {"as many as elements", 3, {1, 2, 3}},
+      {"fewer than the original's", 5, {1, 2, 3, 0, 0}},
+      {"as many as the original's", 6, {1, 2, 3, 0, 0, 0}},
+      {"more than the original's", 8, {1, 2, 3, 0, 0, 0, 0, 0}},
+  };
+  for (auto const& c : cases)
+  {
+    Probe<int> const copy(original, c.slots);
+
+    EXPECT_EQ(copy.all_slots(), c.all) << c.what;
+    EXPECT_EQ(copy.size(), 3u) << c.what;
+    EXPECT_NE(copy.block(), original.block()) << c.what;
+  }
+
+  Probe<int> const none;
+  EXPECT_EQ(Probe<int>(none, 0).block(), nullptr);
+  Probe<int> const blank(none, 2);
+  EXPECT_EQ(blank.all_slots(), (std::vector<int>{0, 0}));
+  EXPECT_EQ(blank.size(), 0u);
+  EXPECT_THROW(Probe<int>(original, HUGE_NUMBER), std::bad_alloc);
+}
+
+TEST(OzArray, ObjectsAreCopiedIntoABlockOfTheSlotsAskedFor)
+{
+  CountedElement::reset();
+  {
+    Probe<CountedElement> original{1, 2, 3};
+    original.reserve(6, true);
+    int const live = CountedElement::live;
+
+    Probe<CountedElement> const copy(original, 5);
+    EXPECT_EQ(copy.all_slots(), (std::vector<CountedElement>{1, 2, 3, 0, 0}));
+    EXPECT_EQ(copy.size(), 3u);
+    EXPECT_EQ(CountedElement::live, live + 5);
+    EXPECT_EQ(Probe<CountedElement>(original, 0).slots(), 3u);
+    EXPECT_THROW(Probe<CountedElement>(original, HUGE_NUMBER), std::bad_alloc);
+
+    CountedElement::copies_until_throw = 2;
+    EXPECT_THROW(Probe<CountedElement>(original, 5), std::runtime_error);
+    EXPECT_EQ(CountedElement::live, live + 5);
+  }
+  EXPECT_EQ(CountedElement::live, 0);
+}
+
 TEST(OzArray, MovingTakesTheBlockAndLeavesTheOtherWithoutStorage)
 {
   static_assert(std::is_nothrow_move_constructible_v<OzArray<int>>);
