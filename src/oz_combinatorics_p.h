@@ -34,12 +34,13 @@ public:
 
   OzArray<int> const& cells() const { return cells_; }
 
-private:
+  /// Where row `row` begins; a row is there if the next one begins within the table or at its end.
   static std::uint64_t first_cell(std::int64_t row)
   {
     return static_cast<std::uint64_t>((row + 1) * (row + 2) / 2);
   }
 
+private:
   // 32-bit additions without a guard.
   static int wrapped_sum(int a, int b)
   {
