@@ -23,7 +23,7 @@
 #include <mutex>
 #include <new>
 #include <random>
-#include <sys/ioctl.h>
+#include <thread>
 
 using namespace contours;
 using testing::ElementsAre;
@@ -71,6 +71,18 @@ public:
 private:
   std::atomic<bool> taking{false};
 };
+
+/// Chains of one edge each that follow each other.
+std::vector<Chain> run_of(std::size_t count)
+{
+  std::vector<Chain> run;
+  for (std::size_t i = 0; i < count; ++i)
+  {
+    double const x = static_cast<double>(i);
+    run.push_back({{x, 0.0}, {x + 1.0, 0.0}, false, {{i, false}}});
+  }
+  return run;
+}
 
 std::vector<std::size_t> first_numbers(std::size_t count)
 {
@@ -577,12 +589,7 @@ TEST(Sorting, JoinsNothingOnceItIsToStop)
   stop.request();
   for (std::size_t const count : {10u, 600u})
   {
-    std::vector<Chain> run;
-    for (std::size_t i = 0; i < count; ++i)
-      run.push_back({{1.0 * static_cast<double>(i), 0.0},
-                     {1.0 * static_cast<double>(i) + 1.0, 0.0},
-                     false,
-                     {{i, false}}});
+    std::vector<Chain> const run = run_of(count);
     ASSERT_EQ(join_chains(run, 0.01, std::nullopt).size(), 1u);
 
     EXPECT_EQ(join_chains(run, 0.01, std::nullopt, stop).size(), count) << "the sorter finds no gaps";
@@ -594,14 +601,46 @@ TEST(Sorting, OfAVeryLargeClusterEndsBetweenItsPieces)
 {
   StopFlag stop;
   stop.request();
-  std::vector<Chain> run;
-  for (std::size_t i = 0; i <= MOST_IN_ONE_SORTER; ++i)
-    run.push_back({{1.0 * static_cast<double>(i), 0.0},
-                   {1.0 * static_cast<double>(i) + 1.0, 0.0},
-                   false,
-                   {{i, false}}});
 
-  EXPECT_THAT(join_chains(run, 0.01, std::nullopt, stop), ElementsAre()) << "no piece was sorted";
+  EXPECT_THAT(join_chains(run_of(MOST_IN_ONE_SORTER + 1), 0.01, std::nullopt, stop), ElementsAre())
+      << "no piece was sorted";
+}
+
+TEST(Sorting, EndsWhereAnotherThreadStopsIt)
+{
+  std::vector<Chain> const long_run = run_of(400);
+  for (std::size_t const threads : {1u, 2u})
+  {
+    Recorded recorded(2);
+    StopFlag stop;
+    std::mutex mutex;
+    std::condition_variable sorting;
+    bool is_sorting = false; // guarded by mutex
+    recorded.work.sort = [&](std::size_t cluster)
+    {
+      {
+        std::lock_guard<std::mutex> const hold(mutex);
+        is_sorting = true;
+        sorting.notify_one();
+      }
+      // As long as a sort can last.
+      while (join_chains(long_run, 0.01, std::nullopt, stop).size() == 1)
+      {
+      }
+      return Recorded::sorted(cluster);
+    };
+    std::thread user(
+        [&]
+        {
+          std::unique_lock<std::mutex> hold(mutex);
+          sorting.wait(hold, [&] { return is_sorting; });
+          stop.request();
+        });
+
+    EXPECT_EQ(cancelled(recorded, threads, stop), "cancelled after 0 of 2 clusters; nothing was written");
+    user.join();
+    EXPECT_THAT(recorded.taken, ElementsAre());
+  }
 }
 
 TEST(Threads, TheirNumberDoesNotShowInResults)
