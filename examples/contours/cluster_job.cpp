@@ -93,8 +93,6 @@ public:
   {
     try
     {
-      if (job.stop.requested())
-        return false;
       std::vector<Contour> contours = job.work.sort(number);
       if (job.stop.requested())
         return false; // perhaps only half sorted

@@ -432,6 +432,25 @@ TEST(ClusterJob, ThrowsAwayTheClusterDuringWhichItIsCancelled)
   EXPECT_EQ(cancelled(single, 1, other), "cancelled after 0 of 1 cluster; nothing was written");
 }
 
+TEST(ClusterJob, IsCancelledUntilItHasEnded)
+{
+  for (std::size_t const threads : {1u, 2u})
+  {
+    Recorded recorded(3);
+    StopFlag stop;
+    auto const record = recorded.work.take;
+    recorded.work.take = [&](std::vector<Contour>&& contours)
+    {
+      record(std::move(contours));
+      if (recorded.taken.size() == 3)
+        stop.request();
+    };
+
+    EXPECT_EQ(cancelled(recorded, threads, stop), "cancelled after 3 of 3 clusters; nothing was written");
+    EXPECT_THAT(recorded.taken, ElementsAre(0, 1, 2));
+  }
+}
+
 TEST(ClusterJob, EndsSoonWhereItIsCancelledOnThreads)
 {
   for (std::size_t const threads : {2u, 8u})
@@ -505,6 +524,22 @@ TEST(ClusterJob, HandsOutWhatTakingThrows)
     EXPECT_THROW(run_job_of(recorded, threads, stop), int) << threads;
     EXPECT_EQ(taken, 5u) << "none after it";
   }
+}
+
+TEST(ClusterJob, HandsOutTheFirstOfSeveralExceptions)
+{
+  Recorded recorded(2);
+  StopFlag stop;
+  recorded.work.sort = [&](std::size_t cluster) -> std::vector<Contour>
+  {
+    if (cluster == 0)
+      throw std::bad_alloc();
+    while (!stop.requested())
+      std::this_thread::yield();
+    throw std::runtime_error("the second one");
+  };
+
+  EXPECT_THROW(run_job_of(recorded, 2, stop), std::bad_alloc);
 }
 
 TEST(ClusterJob, MovesTheBarWhileItRunsAndTakesItOff)
