@@ -1,19 +1,17 @@
 // What does an operation pay for keeping its history, and its caller for asking about it?
 //
 // Each run records a history, layer by layer as an operation does it, perhaps reduces it to direct links
-// from roots to results, asks for the sources of every result, and destroys the history. The counters tell the phases apart, in nanoseconds for each link, and
-// what a link takes in memory. Peers: an adjacency list of Boost.Graph, and the tables that one would
+// from roots to results, asks for the sources of every result, and destroys the history. The counters tell the phases apart, in
+// nanoseconds for each link, and what a link takes in memory. Peers: an adjacency list of Boost.Graph, and the tables that one would
 // write by hand.
 
-#include "ozobjdependency.h"
+#include "history_workloads.h"
 
 #include <benchmark/benchmark.h>
 #include <boost/graph/adjacency_list.hpp>
-#include <malloc.h>
 
 #include <algorithm>
 #include <cstdint>
-#include <ctime>
 #include <memory>
 #include <random>
 #include <unordered_map>
@@ -22,74 +20,6 @@
 
 namespace
 {
-typedef OzDynObj const* Object;
-typedef OzObjectDependency Dep;
-
-/// An object of the size that a small one has in a model.
-class Part : public OzDynObj
-{
-public:
-  OzDynObj* clone() const override { return new Part(*this); }
-  int identity() const override { return static_cast<int>(payload[0]); }
-
-private:
-  double payload[5] = {};
-};
-
-/// What an operation tells its history, and the results that its caller asks about.
-struct Workload
-{
-  struct Step
-  {
-    OzArray<Object> sources, targets;
-    Dep::Type type;
-  };
-
-  std::vector<std::unique_ptr<Part>> parts;
-  std::vector<Step> steps;
-  std::vector<Object> results;
-  std::uint64_t links = 0;
-
-  Object make()
-  {
-    parts.push_back(std::make_unique<Part>());
-    return parts.back().get();
-  }
-  std::vector<Object> make(std::uint64_t n)
-  {
-    std::vector<Object> made;
-    for (std::uint64_t i = 0; i < n; ++i)
-      made.push_back(make());
-    return made;
-  }
-  void add(std::vector<Object> const& sources, std::vector<Object> const& targets, Dep::Type type)
-  {
-    Step step{{}, {}, type};
-    for (Object source : sources)
-      step.sources.append(source);
-    for (Object target : targets)
-      step.targets.append(target);
-    links += sources.size() * targets.size();
-    steps.push_back(step);
-  }
-};
-
-/// n objects, each modified five times.
-Workload chains(std::uint64_t n)
-{
-  Workload work;
-  std::vector<Object> layer = work.make(n);
-  for (int depth = 0; depth < 5; ++depth)
-  {
-    std::vector<Object> const next = work.make(n);
-    for (std::uint64_t i = 0; i < n; ++i)
-      work.add({layer[i]}, {next[i]}, Dep::MODIFICATION);
-    layer = next;
-  }
-  work.results = layer;
-  return work;
-}
-
 /// n objects, each split in three; the pieces are modified, and three by three, from anywhere, absorbed.
 Workload patchwork(std::uint64_t n)
 {
@@ -134,26 +64,9 @@ Workload creations(std::uint64_t n)
 class OzHistory
 {
 public:
-  void record(Workload::Step const& step)
-  {
-    if (step.sources.size() == 1 && step.targets.size() == 1)
-    {
-      graph.record_dependency(step.sources[0], step.targets[0], step.type, nullptr, nullptr);
-      return;
-    }
-    OzArrayIterator<Object> sources(&step.sources), targets(&step.targets);
-    graph.record_dependency(&sources, &targets, step.type, nullptr, nullptr);
-  }
+  void record(Workload::Step const& step) { ::record(graph, step); }
   void simplify(Workload const&) { graph.simplify_it(); }
-  std::uint64_t count_sources(Object object)
-  {
-    OzAutoPtr<OzIterator<Object>> result;
-    graph.get_source_objects(object, result, nullptr, nullptr);
-    std::uint64_t n = 0;
-    for (result->reset(); !result->done(); result->next())
-      n += result->current() != nullptr;
-    return n;
-  }
+  std::uint64_t count_sources(Object object) { return ::count_sources(graph, object); }
 
 private:
   OzObjDependency graph;
@@ -306,34 +219,6 @@ private:
   std::vector<Object> found;
 };
 
-double bytes_in_use()
-{
-  struct mallinfo2 const info = mallinfo2();
-  return static_cast<double>(info.uordblks) + static_cast<double>(info.hblkhd);
-}
-
-/// Counts the processor time of this thread, so that neighbours on the machine don't count.
-class Stopwatch
-{
-public:
-  /// The nanoseconds since the last call.
-  double lap()
-  {
-    double const before = std::exchange(start, now());
-    return start - before;
-  }
-
-private:
-  static double now()
-  {
-    timespec time;
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) * 1e9 + static_cast<double>(time.tv_nsec);
-  }
-
-  double start = now();
-};
-
 template <class History, Workload (*make_workload)(std::uint64_t), bool simplified>
 void Run(benchmark::State& state)
 {
@@ -385,37 +270,35 @@ void RecordSimplifyAndAsk(benchmark::State& state)
   Run<History, make_workload, true>(state);
 }
 
-BENCHMARK(RecordAndAsk<OzHistory, chains>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
-BENCHMARK(RecordAndAsk<BoostHistory, chains>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
-BENCHMARK(RecordAndAsk<HandWrittenHistory, chains>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
-BENCHMARK(RecordSimplifyAndAsk<OzHistory, chains>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
-BENCHMARK(RecordSimplifyAndAsk<BoostHistory, chains>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
-BENCHMARK(RecordSimplifyAndAsk<HandWrittenHistory, chains>)
-    ->Arg(1000)
-    ->Arg(100000)
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(RecordAndAsk<OzHistory, patchwork>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
-BENCHMARK(RecordAndAsk<BoostHistory, patchwork>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
-BENCHMARK(RecordAndAsk<HandWrittenHistory, patchwork>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
-BENCHMARK(RecordSimplifyAndAsk<OzHistory, patchwork>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
-BENCHMARK(RecordSimplifyAndAsk<BoostHistory, patchwork>)
-    ->Arg(1000)
-    ->Arg(100000)
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(RecordSimplifyAndAsk<HandWrittenHistory, patchwork>)
-    ->Arg(1000)
-    ->Arg(100000)
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(RecordAndAsk<OzHistory, creations>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
-BENCHMARK(RecordAndAsk<BoostHistory, creations>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
-BENCHMARK(RecordAndAsk<HandWrittenHistory, creations>)->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
-BENCHMARK(RecordSimplifyAndAsk<OzHistory, creations>)->Arg(1000)->Unit(benchmark::kMillisecond);
-BENCHMARK(RecordSimplifyAndAsk<BoostHistory, creations>)
-    ->Arg(1000)
-    ->Arg(100000)
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(RecordSimplifyAndAsk<HandWrittenHistory, creations>)
-    ->Arg(1000)
-    ->Arg(100000)
-    ->Unit(benchmark::kMillisecond);
+void sizes(benchmark::internal::Benchmark* bench)
+{
+  bench->Arg(1000)->Arg(100000)->Unit(benchmark::kMillisecond);
+}
+// What one object absorbs, the peers look through for each of its sources.
+void sizes_of_contours(benchmark::internal::Benchmark* bench)
+{
+  bench->Arg(160)->Arg(16000)->Unit(benchmark::kMillisecond);
+}
+
+BENCHMARK(RecordAndAsk<OzHistory, chains>)->Apply(sizes);
+BENCHMARK(RecordAndAsk<BoostHistory, chains>)->Apply(sizes);
+BENCHMARK(RecordAndAsk<HandWrittenHistory, chains>)->Apply(sizes);
+BENCHMARK(RecordSimplifyAndAsk<OzHistory, chains>)->Apply(sizes);
+BENCHMARK(RecordSimplifyAndAsk<BoostHistory, chains>)->Apply(sizes);
+BENCHMARK(RecordSimplifyAndAsk<HandWrittenHistory, chains>)->Apply(sizes);
+BENCHMARK(RecordAndAsk<OzHistory, patchwork>)->Apply(sizes);
+BENCHMARK(RecordAndAsk<BoostHistory, patchwork>)->Apply(sizes);
+BENCHMARK(RecordAndAsk<HandWrittenHistory, patchwork>)->Apply(sizes);
+BENCHMARK(RecordSimplifyAndAsk<OzHistory, patchwork>)->Apply(sizes);
+BENCHMARK(RecordSimplifyAndAsk<BoostHistory, patchwork>)->Apply(sizes);
+BENCHMARK(RecordSimplifyAndAsk<HandWrittenHistory, patchwork>)->Apply(sizes);
+BENCHMARK(RecordAndAsk<OzHistory, creations>)->Apply(sizes);
+BENCHMARK(RecordAndAsk<BoostHistory, creations>)->Apply(sizes);
+BENCHMARK(RecordAndAsk<HandWrittenHistory, creations>)->Apply(sizes);
+BENCHMARK(RecordSimplifyAndAsk<OzHistory, creations>)->Apply(sizes);
+BENCHMARK(RecordSimplifyAndAsk<BoostHistory, creations>)->Apply(sizes);
+BENCHMARK(RecordSimplifyAndAsk<HandWrittenHistory, creations>)->Apply(sizes);
+BENCHMARK(RecordSimplifyAndAsk<OzHistory, contour_of_edges>)->Apply(sizes_of_contours);
+BENCHMARK(RecordSimplifyAndAsk<BoostHistory, contour_of_edges>)->Apply(sizes_of_contours);
+BENCHMARK(RecordSimplifyAndAsk<HandWrittenHistory, contour_of_edges>)->Apply(sizes_of_contours);
 } // namespace

@@ -1,89 +1,23 @@
 // What does a history cost from its recording to the answers from its simplified form, and how does each
 // phase grow with the size?
 //
-// Four histories: many short chains; one object that is split again and again; layers of which every tenth
-// absorbs pairs; and creations from nothing, all of which have the null object as their source. The
+// Six histories: many short chains; one object that is split again and again; layers of which every tenth
+// absorbs pairs; creations from nothing, all of which have the null object as their source; and a contour
+// that absorbs the edges of thousands of entities, one edge each, and four each. The
 // counters are nanoseconds of the thread's processor time for each recorded link, and the bytes that a link
 // takes. No peer does the same work: none composes types or settles several paths. What storing and asking
 // costs beside others is measured in ozobjdependency_bench.
 
-#include "ozobjdependency.h"
+#include "history_workloads.h"
 
 #include <benchmark/benchmark.h>
-#include <malloc.h>
 
 #include <cstdint>
-#include <ctime>
-#include <deque>
 #include <memory>
-#include <utility>
 #include <vector>
 
 namespace
 {
-typedef OzDynObj const* Object;
-typedef OzObjectDependency Dep;
-
-class Part : public OzDynObj
-{
-public:
-  OzDynObj* clone() const override { return new Part(*this); }
-  int identity() const override { return 0; }
-};
-
-/// What an operation tells its history. A pair of objects, or one object with several targets.
-struct Workload
-{
-  struct Step
-  {
-    Object source;
-    OzArray<Object> targets;
-    Dep::Type type;
-  };
-
-  Object make()
-  {
-    parts.emplace_back();
-    return &parts.back();
-  }
-  std::vector<Object> make(std::uint64_t n)
-  {
-    std::vector<Object> made;
-    for (std::uint64_t i = 0; i < n; ++i)
-      made.push_back(make());
-    return made;
-  }
-  void add(Object source, std::vector<Object> const& targets, Dep::Type type)
-  {
-    Step step{source, {}, type};
-    for (Object target : targets)
-      step.targets.append(target);
-    links += targets.size();
-    steps.push_back(step);
-  }
-
-  std::deque<Part> parts;
-  std::deque<Step> steps;
-  std::vector<Object> results;
-  std::uint64_t links = 0;
-};
-
-/// n objects, each modified five times.
-Workload chains(std::uint64_t n)
-{
-  Workload work;
-  std::vector<Object> layer = work.make(n);
-  for (int depth = 0; depth < 5; ++depth)
-    for (Object& object : layer)
-    {
-      Object const next = work.make();
-      work.add(object, {next}, Dep::MODIFICATION);
-      object = next;
-    }
-  work.results = layer;
-  return work;
-}
-
 /// One object that falls in two, and each piece again, until there are n pieces.
 Workload split_tree(std::uint64_t n)
 {
@@ -95,7 +29,7 @@ Workload split_tree(std::uint64_t n)
     for (Object object : layer)
     {
       std::vector<Object> const halves = work.make(2);
-      work.add(object, halves, Dep::SPLIT);
+      work.add({object}, halves, Dep::SPLIT);
       next.insert(next.end(), halves.begin(), halves.end());
     }
     layer = next;
@@ -117,11 +51,11 @@ Workload layers(std::uint64_t n)
     {
       if (depth % 10 != 0)
       {
-        work.add(layer[i], {next[i]}, Dep::MODIFICATION);
+        work.add({layer[i]}, {next[i]}, Dep::MODIFICATION);
         continue;
       }
-      work.add(layer[i], {next[i]}, Dep::ABSORPTION);
-      work.add(layer[(i + 1) % n], {next[i]}, Dep::ABSORPTION);
+      work.add({layer[i]}, {next[i]}, Dep::ABSORPTION);
+      work.add({layer[(i + 1) % n]}, {next[i]}, Dep::ABSORPTION);
     }
     layer = next;
   }
@@ -135,44 +69,17 @@ Workload creations(std::uint64_t n)
   Workload work;
   std::vector<Object> layer = work.make(n);
   for (Object object : layer)
-    work.add(nullptr, {object}, Dep::CREATION);
+    work.add({nullptr}, {object}, Dep::CREATION);
   for (int depth = 0; depth < 2; ++depth)
     for (Object& object : layer)
     {
       Object const next = work.make();
-      work.add(object, {next}, Dep::MODIFICATION);
+      work.add({object}, {next}, Dep::MODIFICATION);
       object = next;
     }
   work.results = layer;
   return work;
 }
-
-double bytes_in_use()
-{
-  struct mallinfo2 const info = mallinfo2();
-  return static_cast<double>(info.uordblks) + static_cast<double>(info.hblkhd);
-}
-
-class Stopwatch
-{
-public:
-  /// Nanoseconds since the last lap.
-  double lap()
-  {
-    double const before = std::exchange(start, now());
-    return start - before;
-  }
-
-private:
-  static double now()
-  {
-    timespec time;
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) * 1e9 + static_cast<double>(time.tv_nsec);
-  }
-
-  double start = now();
-};
 
 template <Workload (*make_workload)(std::uint64_t)>
 void RecordValidateSimplifyAsk(benchmark::State& state)
@@ -186,17 +93,7 @@ void RecordValidateSimplifyAsk(benchmark::State& state)
     Stopwatch watch;
     auto graph = std::make_unique<OzObjDependency>();
     for (Workload::Step const& step : work.steps)
-    {
-      if (step.targets.size() == 1)
-      {
-        graph->record_dependency(step.source, step.targets[0], step.type, nullptr, nullptr);
-        continue;
-      }
-      OzArray<Object> source;
-      source.append(step.source);
-      OzArrayIterator<Object> from(&source), to(&step.targets);
-      graph->record_dependency(&from, &to, step.type, nullptr, nullptr);
-    }
+      record(*graph, step);
     recording += watch.lap();
     bytes = bytes_in_use() - bytes_before;
 
@@ -208,12 +105,7 @@ void RecordValidateSimplifyAsk(benchmark::State& state)
 
     std::uint64_t found = 0;
     for (Object result : work.results)
-    {
-      OzAutoPtr<OzIterator<Object>> sources;
-      graph->get_source_objects(result, sources, nullptr, nullptr);
-      for (sources->reset(); !sources->done(); sources->next())
-        ++found;
-    }
+      found += count_sources(*graph, result);
     benchmark::DoNotOptimize(found);
     asking += watch.lap();
   }
@@ -244,6 +136,14 @@ void sizes_of_layers(benchmark::internal::Benchmark* bench)
 {
   sizes(bench, 100, 5000);
 }
+void sizes_of_contours(benchmark::internal::Benchmark* bench)
+{
+  sizes(bench, 2000, 200000);
+}
+void sizes_of_shapes(benchmark::internal::Benchmark* bench)
+{
+  sizes(bench, 500, 50000);
+}
 void sizes_of_creations(benchmark::internal::Benchmark* bench)
 {
   sizes(bench, 200, 20000);
@@ -253,4 +153,6 @@ BENCHMARK(RecordValidateSimplifyAsk<chains>)->Apply(sizes_of_chains);
 BENCHMARK(RecordValidateSimplifyAsk<split_tree>)->Apply(sizes_of_trees);
 BENCHMARK(RecordValidateSimplifyAsk<layers>)->Apply(sizes_of_layers);
 BENCHMARK(RecordValidateSimplifyAsk<creations>)->Apply(sizes_of_creations);
+BENCHMARK(RecordValidateSimplifyAsk<contour_of_edges>)->Apply(sizes_of_contours);
+BENCHMARK(RecordValidateSimplifyAsk<contour_of_shapes>)->Apply(sizes_of_shapes);
 } // namespace
