@@ -77,6 +77,7 @@ inline void give_back(void* block, std::size_t size)
 }
 
 inline void start_again() {}
+inline bool any_order = false; // makes no difference here
 } // namespace growing_addresses
 
 void* operator new(std::size_t size)
@@ -107,6 +108,10 @@ inline long records_in_use = 0; // not counted here
 inline std::uintptr_t highest = 0;
 inline std::vector<void*> put_aside;
 
+/// Takes pages as they come. For threads with much to record: beside the main thread, memory may be found further
+/// and further down, and then no page lies above the older ones.
+inline bool any_order = false;
+
 /// Between two graphs: what counts as older is forgotten.
 inline void start_again()
 {
@@ -126,7 +131,7 @@ extern "C" __attribute__((visibility("default"))) int posix_memalign(void** memo
     void* const page = memalign(alignment, size);
     if (page == nullptr)
       return 12; // ENOMEM
-    if (reinterpret_cast<std::uintptr_t>(page) > highest)
+    if (any_order || reinterpret_cast<std::uintptr_t>(page) > highest)
     {
       highest = reinterpret_cast<std::uintptr_t>(page);
       *memory = page;
