@@ -1383,6 +1383,65 @@ TEST_F(OzObjDependencySimplify, SurvivesCyclesWithoutAWayOut)
   }
 }
 
+// Valid histories that don't stay valid.
+
+namespace
+{
+/// The numbers of the faults that validation finds.
+std::vector<int> faults_of(OzObjDependency const& graph)
+{
+  TextJournal journal;
+  graph.is_valid(&journal);
+  std::string const text = journal.take();
+  std::vector<int> codes;
+  for (std::size_t at = text.find("error "); at != std::string::npos; at = text.find("error ", at + 1))
+    codes.push_back(std::stoi(text.substr(at + 6)));
+  return codes;
+}
+} // namespace
+
+TEST_F(OzObjDependencySimplify, LeavesALoneSplitOfItsQualifierBesideOthers)
+{
+  int const qualifier = 5;
+  ThingList whole{object(1)}, first{object(2), object(3)}, second{object(4), object(5)};
+  graph.record_dependency(&whole, &first, SPLIT, &qualifier, nullptr);
+  graph.record_dependency(&whole, &second, SPLIT, nullptr, nullptr);
+  graph.record_dependency(object(5), nullptr, DELETION, nullptr, nullptr);
+  ASSERT_THAT(faults_of(graph), IsEmpty());
+
+  graph.simplify_it();
+
+  EXPECT_THAT(links(), ElementsAre("1>2 SPLIT q5 s0", "1>3 SPLIT q5 s0", "1>4 SPLIT q- s0"));
+  EXPECT_THAT(faults_of(graph), ElementsAre(21));
+}
+
+TEST_F(OzObjDependencySimplify, LeavesALoneContainment)
+{
+  ThingList whole{object(1)}, pieces{object(2), object(3)};
+  graph.record_dependency(&whole, &pieces, CONTAINMENT, nullptr, nullptr);
+  graph.record_dependency(object(3), nullptr, DELETION, nullptr, nullptr);
+  ASSERT_THAT(faults_of(graph), IsEmpty());
+
+  graph.simplify_it();
+
+  EXPECT_THAT(links(), ElementsAre("1>2 CONTAINMENT q- s0"));
+  EXPECT_THAT(faults_of(graph), ElementsAre(22));
+}
+
+TEST_F(OzObjDependencySimplify, LeavesACreationBesideAbsorptionsOfTheSameTarget)
+{
+  graph.record_dependency(object(1), object(4), ABSORPTION, nullptr, nullptr);
+  graph.record_dependency(object(2), object(4), ABSORPTION, nullptr, nullptr);
+  graph.record_dependency(object(3), object(4), ABSORPTION, nullptr, nullptr);
+  graph.record_dependency(object(1), object(2), CREATION, nullptr, nullptr);
+  ASSERT_THAT(faults_of(graph), IsEmpty());
+
+  graph.simplify_it();
+
+  EXPECT_THAT(links(), ElementsAre("1>4 CREATION q- s0", "3>4 ABSORPTION q- s0"));
+  EXPECT_THAT(faults_of(graph), ElementsAre(24));
+}
+
 // Large ones.
 
 TEST_F(OzObjDependencySimplify, RecordsOnAfterwards)

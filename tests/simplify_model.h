@@ -14,10 +14,23 @@
 /// What simplification does, told in the plainest way: lists that are searched from one end to the other,
 /// no index, no look-up that a walk could do. Nodes and records are numbers that are as large as their
 /// addresses: nodes are numbered in the order in which they are made, and so are records, but for one that
-/// takes the place of the record that was deleted last.
+/// takes the place of the record that was deleted last. In a descending model each lies below those that were
+/// made before it.
 class SimplifyModel
 {
 public:
+  enum Addresses
+  {
+    ASCENDING,
+    DESCENDING
+  };
+  explicit SimplifyModel(Addresses addresses = ASCENDING)
+    : step(addresses == ASCENDING ? 1 : -1)
+    , next_node(addresses == ASCENDING ? 1 : HIGHEST)
+    , next_record(addresses == ASCENDING ? 1 : HIGHEST)
+  {
+  }
+
   typedef OzObjectDependency::Type Type;
 
   struct Record
@@ -103,6 +116,7 @@ public:
 
 private:
   static constexpr int NO_NODE = -1;
+  static constexpr int HIGHEST = 1 << 30;
 
   static constexpr Type UNSPECIFIED = OzObjectDependency::UNSPECIFIED;
   static constexpr Type CREATION = OzObjectDependency::CREATION;
@@ -153,7 +167,7 @@ private:
     int number = next_record;
     if (free_records.empty())
     {
-      ++next_record;
+      next_record += step;
     }
     else
     {
@@ -186,7 +200,8 @@ private:
     {
       nodes.insert({next_node, {object, {}, {}}});
       roots.insert(next_node);
-      return next_node++;
+      next_node += step;
+      return next_node - step;
     }
     if (object == 0)
       roots.insert(known);
@@ -201,7 +216,8 @@ private:
     {
       nodes.insert({next_node, {object, {}, {}}});
       leaves.insert(next_node);
-      return next_node++;
+      next_node += step;
+      return next_node - step;
     }
     if (object == 0)
       leaves.insert(known);
@@ -670,8 +686,9 @@ private:
   std::map<int, Record> records;
   std::set<int> roots;
   std::set<int> leaves;
-  int next_node = 1;
-  int next_record = 1;
+  int const step;
+  int next_node;
+  int next_record;
   std::vector<int> free_records; // deleted last at the end
 };
 
