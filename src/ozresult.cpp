@@ -90,6 +90,11 @@ OzString const& OzResult::message() const
   OZ_ASSERT(text != nullptr);
   if (text == nullptr)
     text = "... package does not remember the error number ...";
-  message_ = new OzString(text);
+  // The function and the handler are clients' code, and may have asked for the message or set one by now: who
+  // holds that one keeps it.
+  if (message_ == nullptr)
+    message_ = new OzString(text);
+  else
+    *message_ = text;
   return *message_;
 }

@@ -39,6 +39,30 @@ char const* translate_otherwise(OzString const* const&, int)
   return "Another text";
 }
 
+OzResult* under_translation;
+OzString const* text_within;
+
+char const* ask_within(OzString const* const&, int)
+{
+  if (++n_translations == 1)
+    text_within = &under_translation->message();
+  return "Coolant is low";
+}
+
+char const* set_within(OzString const* const&, int)
+{
+  under_translation->set_message("set within");
+  text_within = &under_translation->message();
+  return "Coolant is low";
+}
+
+char const* set_and_return_within(OzString const* const&, int)
+{
+  under_translation->set_message("set within");
+  text_within = &under_translation->message();
+  return text_within->as_const_c_string() + 4;
+}
+
 class OzResultTest : public testing::Test
 {
 protected:
@@ -46,6 +70,7 @@ protected:
   {
     n_translations = 0;
     last_package = nullptr;
+    text_within = nullptr;
   }
 
   static OzResult make_result(int number)
@@ -226,6 +251,67 @@ TEST_F(OzResultTest, ANumberWithoutTextHasTheFixedTextWithoutAHandlerToo)
 
   EXPECT_TRUE(result.message() == "... package does not remember the error number ...");
   EXPECT_EQ(n_translations, 1);
+}
+
+TEST_F(OzResultTest, ATextMadeOrSetWithinATranslationIsTheOneThatIsKept)
+{
+  struct
+  {
+    char const* what;
+    OzResult::TranslateFunction translate;
+    char const* text;
+  } const cases[] = {
+      {"asked for", &ask_within, "Coolant is low"},
+      {"set", &set_within, "Coolant is low"},
+      {"set and handed on", &set_and_return_within, "within"},
+  };
+  for (auto const& c : cases)
+  {
+    OzResult result;
+    under_translation = &result;
+    text_within = nullptr;
+    n_translations = 0;
+    result.set_error_condition(OzResult::FAILED, 1, &package, c.translate);
+
+    OzString const* const text = &result.message();
+
+    EXPECT_STREQ(text->as_const_c_string(), c.text) << c.what;
+    EXPECT_EQ(text, text_within) << c.what;
+    EXPECT_EQ(&result.message(), text) << c.what;
+  }
+}
+
+TEST_F(OzResultTest, AHandlerMayAskForTheMessageThatHasNoText)
+{
+  OzResult result = make_result(3);
+  under_translation = &result;
+  OzAssertionHandler const former = dkb_assertion_handler;
+  dkb_assertion_handler = [](char const*, int)
+  {
+    if (n_translations == 1)
+      text_within = &under_translation->message();
+  };
+
+  OzString const* const text = &result.message();
+
+  dkb_assertion_handler = former;
+  EXPECT_STREQ(text->as_const_c_string(), "... package does not remember the error number ...");
+  EXPECT_EQ(text, text_within);
+  EXPECT_EQ(n_translations, 2);
+}
+
+TEST_F(OzResultTest, AHandlerMayThrowAndTheTextIsMadeLater)
+{
+  OzResult const result = make_result(3);
+  OzAssertionHandler const former = dkb_assertion_handler;
+  dkb_assertion_handler = [](char const*, int) { throw 7; };
+
+  EXPECT_THROW(result.message(), int);
+
+  dkb_assertion_handler = former;
+  EXPECT_EQ(number(result), 3);
+  EXPECT_TRUE(result.message() == "... package does not remember the error number ...");
+  EXPECT_EQ(n_translations, 2);
 }
 
 TEST_F(OzResultTest, ASetMessageHidesTheConditionUntilTheNextOne)
