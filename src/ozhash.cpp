@@ -38,8 +38,9 @@ void delete_chain(OzLink* link)
   if (link == nullptr)
     return;
 
-  OzLink* behind = link->next();
-  OzLink* before = link->prev();
+  // A node that was put in front of itself is a ring of one.
+  OzLink* behind = link->next() == link ? nullptr : link->next();
+  OzLink* before = link->prev() == link ? nullptr : link->prev();
   delete_link(link);
   while (behind != nullptr)
   {

@@ -490,8 +490,6 @@ TEST_F(OzHashTableTest, RemovesARingOnce)
     for (int i = 0; i < n; ++i)
     {
       Node* const next = ring[static_cast<std::size_t>((i + 1) % n)];
-      if (n == 1)
-        break;
       ring[static_cast<std::size_t>(i)]->set_next(next);
       next->set_prev(ring[static_cast<std::size_t>(i)]);
     }
@@ -636,6 +634,20 @@ TEST_F(OzHashTableTest, TheNodeAfterNullIsReportedAndNull)
   }
 
   EXPECT_EQ(table.next_node(nullptr, cell), nullptr);
+  EXPECT_EQ(cell, 1);
+}
+
+TEST_F(OzHashTableTest, AHandlerMayThrowAndTheCellStays)
+{
+  Table table(5);
+  table.put(3);
+  int cell = 1;
+  OzAssertionHandler const former = dkb_assertion_handler;
+  dkb_assertion_handler = [](char const*, int) { throw 7; };
+
+  EXPECT_THROW(table.next_node(nullptr, cell), int);
+
+  dkb_assertion_handler = former;
   EXPECT_EQ(cell, 1);
 }
 
