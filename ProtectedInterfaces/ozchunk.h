@@ -14,7 +14,8 @@ class OzJournal;
 /// all its blocks are free. All operations are static. The caller holds what they work on: a counter, from
 /// which chunks take their numbers; `active`, the list of the chunks in use; and `spare`, that of the empty
 /// ones kept for later. All three begin as 0 or null, and belong together: a chunk of one `active` list does
-/// not know the blocks of another.
+/// not know the blocks of another. One list may serve as both; OzChunkReinit with `keep` then leaves the
+/// empty chunks in it.
 ///
 /// Blocks follow each other without a gap: one begins at a multiple of 8 as long as all sizes in its chunk
 /// are multiples of 8, and no stricter alignment is to be had.

@@ -173,7 +173,9 @@ OzChunk* OzChunk::chunk_with_room(std::uint64_t& counter, OzChunk*& active, OzCh
   // Those behind the new head have no room, so each turn only asks the head.
   for (;;)
   {
-    OzChunk* const chunk = spare != nullptr ? taken_off(spare) : get_chunk(counter, size, min_size, journal);
+    // Where one list serves as both, its chunks have been asked already.
+    bool const has_spare = spare != nullptr && &spare != &active;
+    OzChunk* const chunk = has_spare ? taken_off(spare) : get_chunk(counter, size, min_size, journal);
     if (chunk == nullptr)
       return nullptr;
     put_on(active, chunk);
@@ -225,8 +227,11 @@ void OzChunk::OzChunkFree(OzChunk*& active, void* block, bool keep, OzChunk*& sp
 
 void OzChunk::OzChunkReinit(OzChunk*& active, OzChunk*& spare, bool keep, OzJournal* journal)
 {
-  while (active != nullptr)
-    retire(taken_off(active), keep, spare, journal);
+  // `spare` may be the same list.
+  OzChunk* rest = active;
+  active = nullptr;
+  while (rest != nullptr)
+    retire(taken_off(rest), keep, spare, journal);
 }
 
 void OzChunk::OzChunkClear(OzChunk*& list, OzJournal* journal)

@@ -1,5 +1,6 @@
 #include "ozchunk.h"
 
+#include "deadline.h"
 #include "text_journal.h"
 
 #include <gtest/gtest.h>
@@ -568,6 +569,33 @@ TEST(OzChunk, ClearFreesAListAndLeavesNoListAlone)
   EXPECT_EQ(caller.counter, 2u);
   caller.allocate(10);
   EXPECT_EQ(numbers(caller.active), Numbers({2})); // numbers are not used again
+}
+
+TEST(OzChunk, OneListMayServeAsBoth)
+{
+  Deadline const deadline(std::chrono::seconds(60));
+  std::uint64_t counter = 0;
+  OzChunk* list = nullptr;
+  auto const allocate = [&](std::uint64_t size)
+  { return static_cast<char*>(OzChunk::OzChunkMalloc(counter, list, list, 0, size, nullptr)); };
+
+  char* const first = allocate(900);
+  char* const second = allocate(2000);
+  EXPECT_EQ(numbers(list), Numbers({1, 0}));
+  EXPECT_EQ(allocate(NO_SUCH_MEMORY), nullptr);
+  EXPECT_EQ(numbers(list), Numbers({1, 0}));
+
+  OzChunk::OzChunkFree(list, first, true, list, nullptr);
+  EXPECT_EQ(numbers(list), Numbers({0, 1}));
+  EXPECT_EQ(allocate(900), first);
+
+  OzChunk::OzChunkReinit(list, list, true, nullptr);
+  EXPECT_EQ(numbers(list), Numbers({1, 0}));
+  EXPECT_EQ(list->n_alloced, 0u);
+  EXPECT_EQ(allocate(2000), second);
+
+  OzChunk::OzChunkReinit(list, list, false, nullptr);
+  EXPECT_EQ(list, nullptr);
 }
 
 TEST(OzChunk, TellsAJournalOfEachChunkAndBlockThatIsMade)
