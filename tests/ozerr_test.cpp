@@ -185,6 +185,20 @@ TEST(OzErr, WithoutAHandlerUnknownNumbersAreUnknownToo)
 }
 
 // Results may be made before main begins.
+TEST(OzErr, AHandlerMayThrow)
+{
+  OzResult const result = made_by(&other_package, 16);
+  OzAssertionHandler const former = dkb_assertion_handler;
+  dkb_assertion_handler = [](char const*, int) { throw 7; };
+
+  EXPECT_THROW(text_of(17), int);
+  EXPECT_THROW(OzErr::error_number(result), int);
+  EXPECT_THROW(result.message(), int);
+
+  dkb_assertion_handler = former;
+  EXPECT_TRUE(result.message() == "Error condition unknown by this package");
+}
+
 OzResult const early = []
 {
   OzResult result;

@@ -575,6 +575,41 @@ TEST_F(OzObjTableTest, NamesOfEntriesFailWithoutAHandlerToo)
   EXPECT_FALSE(table.rename_entry(0, "x"));
 }
 
+TEST_F(OzObjTableTest, AHandlerMayChangeTheTable)
+{
+  static Probe* reporting;
+  Probe table;
+  reporting = &table;
+  OzAssertionHandler const former = dkb_assertion_handler;
+  dkb_assertion_handler = [](char const*, int) { append(*reporting, {5}); };
+
+  EXPECT_FALSE(table.rename_entry(0, "x"));
+  EXPECT_EQ(table.get_index_by_name("x"), NO_INDEX);
+
+  dkb_assertion_handler = former;
+  EXPECT_EQ(numbers(table), (Ints{5, 5}));
+}
+
+TEST_F(OzObjTableTest, AHandlerMayThrowAndNothingChanges)
+{
+  Probe table;
+  append(table, {1});
+  OzString name("name");
+  std::vector<OzString> names{"a"};
+  OzAssertionHandler const former = dkb_assertion_handler;
+  dkb_assertion_handler = [](char const*, int) { throw 7; };
+
+  EXPECT_THROW(table.get_index_by_name("x"), int);
+  EXPECT_THROW(table.get_name_by_index(0, name), int);
+  EXPECT_THROW(table.list_by_name(names), int);
+  EXPECT_THROW(table.rename_entry(0, "x"), int);
+
+  dkb_assertion_handler = former;
+  EXPECT_TRUE(name == "name");
+  EXPECT_EQ(names.size(), 1u);
+  EXPECT_EQ(numbers(table), (Ints{1}));
+}
+
 TEST_F(OzObjTableTest, NoNameIsValidAndAskingIsNoMisuse)
 {
   Probe table;

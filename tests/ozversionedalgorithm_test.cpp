@@ -414,6 +414,24 @@ TEST(OzVersionedAlgorithm, AnswersTheSameWithoutAHandler)
   EXPECT_FALSE(with.apply_change("change"));
 }
 
+TEST(OzVersionedAlgorithm, AHandlerMayThrowAndTheBehaviourIsNotAsked)
+{
+  TalkativeBehaviour behaviour;
+  OzVersionedAlgorithm const without(nullptr);
+  OzVersionedAlgorithm const with(&behaviour);
+  OzAssertionHandler const former = dkb_assertion_handler;
+  dkb_assertion_handler = [](char const*, int) { throw 7; };
+
+  EXPECT_THROW(with.apply_change("change"), int);
+  EXPECT_THROW(without.apply_change("change"), int);
+  EXPECT_THROW(without.set_best_flavour(&package, 7, 3), int);
+  EXPECT_THROW(without.get_actual_flavour(&package, 7), int);
+  EXPECT_THROW(without.determine_flavour_to_apply(&package, 7, 3), int);
+
+  dkb_assertion_handler = former;
+  EXPECT_EQ(behaviour.asked, std::vector<std::string>());
+}
+
 TEST(OzVersionedAlgorithm, CopiesObeyTheSameBehaviour)
 {
   TalkativeBehaviour behaviour;
