@@ -362,6 +362,55 @@ TEST_F(OzTSJobStress, TasksOfAClosedJobEndOnceAndCountForNobody)
   }
 }
 
+TEST_F(OzTSJobStress, TheServerOfAClosedJobStaysWithTheClientAlsoWhenItRuns)
+{
+  /// A service that lives as long as its server.
+  class Watched : public OzTaskService
+  {
+  public:
+    Watched(Gate& gate_to_pass, std::atomic<int>& deleted_services)
+      : gate(gate_to_pass)
+      , deleted(deleted_services)
+    {
+    }
+    ~Watched() override { ++deleted; }
+    bool Process(OzTaskServiceRequest*& request) override
+    {
+      delete request;
+      slow_to_go.Value(); // goes when the worker's report has been heard
+      gate.pass();
+      return true;
+    }
+
+  private:
+    Gate& gate;
+    std::atomic<int>& deleted;
+  };
+
+  int const before = SlowToGo::live;
+  for (int pass = 0; pass < 50; ++pass)
+  {
+    Gate gate;
+    std::atomic<int> deleted{0};
+    std::unique_ptr<OzTSJob> closed = make_job(1);
+    OzTaskService* service = new Watched(gate, deleted);
+    OzTaskService* const server = closed->SetService(service, 0);
+    add_task(*closed, counts, [](OzTaskService* its_server) { return send(its_server, 0); });
+    gate.await(1); // the server runs
+    closed.reset();
+
+    // The report comes to a place that is free or that another job has.
+    std::unique_ptr<OzTSJob> const next = pass % 2 == 0 ? nullptr : make_job(1);
+    gate.open();
+    while (SlowToGo::live != before)
+      std::this_thread::yield();
+
+    ASSERT_EQ(deleted, 0) << "pass " << pass;
+    delete server;
+    ASSERT_EQ(deleted, 1);
+  }
+}
+
 TEST_F(OzTSJobStress, NullTasksAndNullServicesLeaveNothingToWaitFor)
 {
   for (int pass = 0; pass < 200; ++pass)
