@@ -99,8 +99,14 @@ private:
   /// with others, such as a double, which may be a NaN, the nodes are asked the questions of OzRBTree.
   static constexpr bool STRICT_ORDER = (std::is_integral_v<K> || std::is_pointer_v<K>)&&sizeof(K) <= 8;
 
+  /// The most entries with which a search does best to go down to the end of the tree in any case: they take
+  /// 128 KiB, with small keys and values.
+  static constexpr std::uint64_t SEARCHED_TO_THE_END = 2048;
+
   static OzRBTreeNode* child(OzRBTreeNode const* x, K here, K wanted);
+  static OzRBTreeNode* step(OzRBTreeNode* x, K wanted, OzRBTreeNode*& match, OzRBTreeNode*& former);
   OzRBTreeNode* search(K const& key) const;
+  OzRBTreeNode* search_with_branches(K wanted) const;
   bool is_only_one(OzRBTreeNode* x) const;
   static int list_equal(OzRBTreeNode* x, OzRBTreeNode* nil, K key, OzList<V>* values);
   void copy_nodes(OzMap const& other);

@@ -151,28 +151,102 @@ inline OzRBTreeNode* OzMap<K, V>::child(OzRBTreeNode const* x, K here, K wanted)
 #endif
 }
 
+// One step of a search: from `x` to the next node on the way down. A node with the very key becomes `match`, and
+// the match before it, if any, `former`. Without a branch, as `child`.
+template <class K, class V>
+inline OzRBTreeNode* OzMap<K, V>::step(OzRBTreeNode* x, K wanted, OzRBTreeNode*& match, OzRBTreeNode*& former)
+{
+  K const here = node(x)->key;
+#if defined(__x86_64__) && defined(__GNUC__)
+  OzRBTreeNode* next = x->left();
+  if constexpr (std::is_signed_v<K>)
+  {
+    std::int64_t const a = here;
+    std::int64_t const b = wanted;
+    __asm__("{cmp %4, %3|cmp %3, %4}\n\t{cmovl %5, %0|cmovl %0, %5}\n\t"
+            "{cmove %1, %2|cmove %2, %1}\n\t{cmove %6, %1|cmove %1, %6}"
+            : "+&r"(next), "+&r"(match), "+&r"(former)
+            : "r"(a), "r"(b), "r"(x->right()), "r"(x)
+            : "cc");
+  }
+  else
+  {
+    std::uint64_t a;
+    std::uint64_t b;
+    if constexpr (std::is_pointer_v<K>)
+    {
+      a = reinterpret_cast<std::uint64_t>(here);
+      b = reinterpret_cast<std::uint64_t>(wanted);
+    }
+    else
+    {
+      a = here;
+      b = wanted;
+    }
+    __asm__("{cmp %4, %3|cmp %3, %4}\n\t{cmovb %5, %0|cmovb %0, %5}\n\t"
+            "{cmove %1, %2|cmove %2, %1}\n\t{cmove %6, %1|cmove %1, %6}"
+            : "+&r"(next), "+&r"(match), "+&r"(former)
+            : "r"(a), "r"(b), "r"(x->right()), "r"(x)
+            : "cc");
+  }
+  return next;
+#else
+  if (here == wanted)
+  {
+    former = match;
+    match = x;
+  }
+  return here < wanted ? x->right() : x->left();
+#endif
+}
+
 // A descent by the order of the nodes ends on the same node as that of rb_find, which goes by the greatest
 // keys: to the left where the key is below that of the node, since no match can lie on the right then.
+//
+// In a map that the cache holds it goes on to the end of the tree, behind which it may take some more steps from
+// nil to nil, and asks only every four steps whether it is there. How many steps there are is then mostly the
+// same, so that nothing is guessed wrong, and one search can begin while the one before it is under way. In a
+// larger map those last nodes would have to be waited for.
 template <class K, class V>
 OzRBTreeNode* OzMap<K, V>::search(K const& key) const
 {
   if constexpr (STRICT_ORDER)
   {
     K const wanted = key;
+    if (size_ > SEARCHED_TO_THE_END || wanted == node(nil)->key)
+      return search_with_branches(wanted);
+
+    OzRBTreeNode* match = nullptr;
+    OzRBTreeNode* former = nullptr;
     for (OzRBTreeNode* x = root; x != nil;)
     {
-      K const here = node(x)->key;
-      if (here == wanted)
-        return x;
-      x = child(x, here, wanted);
+      x = step(x, wanted, match, former);
+      x = step(x, wanted, match, former);
+      x = step(x, wanted, match, former);
+      x = step(x, wanted, match, former);
     }
-    return nullptr;
+    // Of several matches the highest one is wanted.
+    return former == nullptr ? match : search_with_branches(wanted);
   }
   else
   {
     Node const query(nil, key);
     return rb_find(&query);
   }
+}
+
+// Ends on the first match, and never looks at the key of nil.
+template <class K, class V>
+OzRBTreeNode* OzMap<K, V>::search_with_branches(K wanted) const
+{
+  for (OzRBTreeNode* x = root; x != nil;)
+  {
+    K const here = node(x)->key;
+    if (here == wanted)
+      return x;
+    x = child(x, here, wanted);
+  }
+  return nullptr;
 }
 
 template <class K, class V>

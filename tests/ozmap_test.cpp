@@ -245,6 +245,33 @@ TEST(OzMap, AtReportsAMissingKeyAndGivesASpareValue)
   EXPECT_EQ(map.error(), "");
 }
 
+// The spare entry has that key, and no search may take it for one of the map's.
+TEST(OzMap, TheDefaultKeyIsMissingUntilItIsEntered)
+{
+  OzMap<int, int> map;
+  for (int key = -20; key <= 20; ++key)
+  {
+    if (key != 0)
+      map[key] = key;
+  }
+  map.remove(0);
+  EXPECT_EQ(map.size(), 40u);
+  {
+    ReportRecorder const recorder;
+    EXPECT_EQ(map.at(0), 0);
+    EXPECT_EQ(recorder.units(), reports(1, "ozmap_t.h"));
+  }
+
+  map[0] = 7;
+  ReportRecorder const recorder;
+  EXPECT_EQ(map.at(0), 7);
+  EXPECT_EQ(map.at(-20), -20);
+  EXPECT_EQ(map.at(20), 20);
+  map.remove(0);
+  EXPECT_EQ(map.size(), 40u);
+  EXPECT_EQ(recorder.units(), reports(0, "ozmap_t.h"));
+}
+
 TEST(OzMap, TheSpareValueKeepsWhatIsWrittenAndIsNotCopied)
 {
   OpenMap<int, int> map;
@@ -366,6 +393,20 @@ TEST(OzMap, RemoveAllowsAKeyOfTheMapItself)
 
   EXPECT_EQ(map.root, map.nil);
   EXPECT_EQ(map.nil->parent(), map.nil);
+
+  // A node with two children stays and takes over the next key, which isn't asked to go.
+  OzMap<double, int> halves;
+  for (int i = 0; i < 20; ++i)
+    halves[i / 2.0] = i;
+  for (std::uint64_t left = 20; left != 0; --left)
+  {
+    ASSERT_EQ(halves.size(), left);
+    OzMapIterator<double, int> i(&halves);
+    for (std::uint64_t steps = left / 2; steps != 0; --steps)
+      i.next();
+    halves.remove(i.key());
+  }
+  EXPECT_EQ(halves.size(), 0u);
 }
 
 TEST(OzMap, RemovingAKeyWithTwoChildrenMovesTheNextEntryIntoItsNode)
