@@ -487,6 +487,53 @@ TEST_F(OzTSJobStress, TasksAreDeletedWithoutTheLock)
   }
 }
 
+TEST_F(OzTSJobStress, ServicesAreAskedServedAndStoppedWithoutTheLock)
+{
+  /// All of its operations need the scheduler.
+  class Asking : public OzTaskService
+  {
+  public:
+    explicit Asking(std::atomic<int>& calls_to_count)
+      : calls(calls_to_count)
+    {
+    }
+    ~Asking() override { ask(); }
+    bool Process(OzTaskServiceRequest*& request) override
+    {
+      delete request;
+      return ask();
+    }
+    void Stop() override { ask(); }
+    bool IsActive() override { return ask(); }
+
+  private:
+    bool ask()
+    {
+      ts_job_processor.Synchronize();
+      make_job(1);
+      ++calls;
+      return true;
+    }
+    std::atomic<int>& calls;
+  };
+
+  for (int pass = 0; pass < 50; ++pass)
+  {
+    std::atomic<int> calls{0};
+    std::unique_ptr<OzTSJob> const job = make_job(2);
+    OzTaskService* service = new Asking(calls);
+    std::unique_ptr<OzTaskService> server(job->SetService(service, 0));
+    EXPECT_EQ(calls, 1) << "asked whether it is active";
+    for (int i = 0; i < 3; ++i)
+      add_task(*job, counts, [](OzTaskService* its_server) { return send(its_server, 0); });
+
+    ASSERT_EQ(job->Wait(), OzJob::JobDone);
+    EXPECT_EQ(calls, 5) << "served three times and stopped";
+    server.reset();
+    ASSERT_EQ(calls, 6);
+  }
+}
+
 TEST_F(OzTSJobStress, QueriesMeetJobsThatComeAndGo)
 {
   std::atomic<bool> stop{false};
