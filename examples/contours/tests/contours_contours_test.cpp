@@ -286,6 +286,31 @@ TEST(FindContours, ShufflingTheEntitiesChangesNothing)
   }
 }
 
+TEST(FindContours, NumbersContoursByTheirLowestEdgeWhateverClusterTheyAreOf)
+{
+  // Two triangles that meet are one cluster of two contours. A circle stands between them in the drawing.
+  Found const found =
+      find_in(line_entity("A", 0, 0, 5, 5) + line_entity("A", 5, 5, 5, -5) + line_entity("A", 5, -5, 0, 0) +
+              "0 CIRCLE\n8 A\n10 50\n20 0\n40 5\n" + line_entity("A", 0, 0, -5, 5) +
+              line_entity("A", -5, 5, -5, -5) + line_entity("A", -5, -5, 0, 0));
+
+  ASSERT_EQ(found.outcome.contours.size(), 3u);
+  EXPECT_EQ(sources(found, 0), "#1 #2 #3");
+  EXPECT_EQ(sources(found, 1), "#4");
+  EXPECT_EQ(sources(found, 2), "#5 #6 #7");
+}
+
+TEST(FindContours, TheDoublesOfAContourStandInOrder)
+{
+  // The right side follows the bottom one, and the top comes after it; their doubles are the other way round.
+  Found const found = find_in(line_entity("A", 0, 0, 10, 0) + line_entity("A", 10, 10, 0, 10) +
+                              line_entity("A", 10, 0, 10, 10) + line_entity("A", 0, 10, 0, 0) +
+                              line_entity("A", 0, 10, 10, 10) + line_entity("A", 10, 10, 10, 0));
+
+  ASSERT_EQ(found.outcome.contours.size(), 1u);
+  EXPECT_THAT(found.outcome.contours[0].doubles, ElementsAre(4, 5));
+}
+
 TEST(History, AnswersInBothDirections)
 {
   Found const found = find_in(SQUARE + line_entity("A", 50, 0, 60, 0) + "0 TEXT\n8 A\n");
