@@ -10,7 +10,8 @@ class OzJournal;
 /// A position in a triangle, in barycentric coordinates: three numbers whose sum is 1.
 ///
 /// Numbers with a sum above 1e-12 are taken as proportions and divided by it, so the sum is 1 after every
-/// operation, whatever drift there was. One coordinate may be negative: then the position lies outside.
+/// operation, whatever drift there was. One coordinate may be negative: then the position lies outside. An
+/// infinite sum is divided by like any other, and then the sum is not 1.
 ///
 /// The difference of two positions is an OzTriangleVec, and a position plus a vector is a position.
 ///

@@ -65,10 +65,12 @@ public:
   /// The opposite vector.
   OzUVWVec reverse() const { return -*this; }
 
+  /// The root of the sum of the squares; so infinite where these are beyond all numbers, from about 1e154 on.
   double length() const;
   /// Whether the length is below 1e-20; it is the squares that are compared.
   bool numerical_zero() const { return *this % *this < 1e-40; }
-  /// Becomes a vector of length 1 of the same direction.
+  /// Becomes a vector of length 1 of the same direction. Where length() is infinite, finite
+  /// components become 0.
   void normalize();
 
   /// Writes one line, from OZ_DEBUG_CONTENTS on. The flag is ignored.

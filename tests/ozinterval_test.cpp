@@ -352,6 +352,35 @@ TEST(OzInterval, CombineGivesTheSmallestIntervalAroundBoth)
   }
 }
 
+TEST(OzInterval, WithItselfStaysAsItIs)
+{
+  for (OzInterval const& original : {OzInterval(1.0, 2.0), OzInterval(3.0, 1.0), OzInterval()})
+  {
+    OzInterval interval = original;
+    OzInterval const& itself = interval;
+
+    EXPECT_EQ(ends(interval.combine(itself)), ends(original));
+    EXPECT_EQ(ends(interval.intersect_with(itself)), ends(original));
+    EXPECT_EQ(ends(interval.intersect(itself)), ends(original));
+    EXPECT_EQ(interval.overlapping(itself), !original.is_empty());
+    EXPECT_EQ(interval.contains(itself), !original.is_empty());
+  }
+}
+
+TEST(OzInterval, ChangesAnEndOnlyForANumberBeyondIt)
+{
+  OzInterval interval(0.0, 0.0);
+
+  interval.include(-0.0).combine(OzInterval(-0.0)).intersect_with(OzInterval(-0.0));
+  EXPECT_FALSE(std::signbit(interval.start()));
+  EXPECT_FALSE(std::signbit(interval.end()));
+
+  interval.combine(OzInterval(NOT_A_NUMBER, 5.0));
+  EXPECT_EQ(ends(interval), Ends(0.0, 5.0));
+  interval.intersect_with(OzInterval(NOT_A_NUMBER, 4.0));
+  EXPECT_EQ(ends(interval), Ends(0.0, 4.0));
+}
+
 TEST(OzInterval, IntersectTakesTheGreaterStartAndTheLesserEnd)
 {
   static_assert(

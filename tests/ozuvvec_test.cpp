@@ -243,6 +243,17 @@ TEST(OzUVVec, NormalizeReportsWhatIsTooShortAndLeavesIt)
   }
 }
 
+TEST(OzUVVec, NormalizeDividesByAnInfiniteLengthToo)
+{
+  ReportRecorder const recorder;
+  OzUVVec value(1e200, -3.0);
+
+  value.normalize();
+
+  EXPECT_EQ(numbers(value), (Numbers{0.0, 0.0}));
+  EXPECT_EQ(recorder.units(), NO_REPORT);
+}
+
 TEST(OzUVVec, NormalizeReportsWhatIsNoNumber)
 {
   ReportRecorder const recorder;

@@ -237,6 +237,17 @@ TEST(OzUVWVec, NormalizeReportsWhatIsTooShortAndLeavesIt)
   }
 }
 
+TEST(OzUVWVec, NormalizeDividesByAnInfiniteLengthToo)
+{
+  ReportRecorder const recorder;
+  OzUVWVec value(2.0, 1e200, -3.0);
+
+  value.normalize();
+
+  EXPECT_EQ(numbers(value), (Numbers{0.0, 0.0, 0.0}));
+  EXPECT_EQ(recorder.units(), NO_REPORT);
+}
+
 TEST(OzUVWVec, NormalizeReportsWhatIsNoNumber)
 {
   ReportRecorder const recorder;
