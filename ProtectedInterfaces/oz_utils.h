@@ -64,7 +64,7 @@ OZ_EXPORT void oz_congruence_info(double value, double period, double base, doub
 OZ_EXPORT void oz_rerange(double& angle);
 
 /// Wraps `value` into the period, its start included and its end not. Under a period of length 0 and an empty
-/// one the value stays as it is.
+/// one the value stays as it is. The value may be an end of the period itself.
 ///
 /// A value so little below the start that adding a period rounds to the end gives the end.
 ///
@@ -88,7 +88,7 @@ OZ_EXPORT void oz_linear_function_evaluate(OzArray<double>& values, OzInterval c
                                            OzInterval const& to, double const* scale);
 
 // Dumps of arrays of numbers. Each takes over the journal's width and precision and puts both back in the
-// end, also when a handler throws; the letter of the format stays. `indent` is a number of blanks. An
+// end, also when a handler or the journal throws; the letter of the format stays. `indent` is a number of blanks. An
 // element that isn't there is reported by the array and then printed all the same.
 
 /// Writes all numbers, each with `indent` blanks in front and one blank behind it. With `columns` 1 or less

@@ -9,12 +9,16 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <exception>
 
 namespace
 {
 constexpr double PI = 3.14159265358979323846;
 
 /// Puts a journal's number format back when the dump ends.
+///
+/// A journal may refuse to take back what it said, and the handler that hears of it may throw, as may a client's
+/// own journal. So the end of a dump throws; where the dump already ends by an exception, that one goes on.
 class FormatKeeper
 {
 public:
@@ -22,20 +26,46 @@ public:
     : journal(kept_journal)
     , width(kept_journal.width())
     , precision(kept_journal.precision())
+    , exceptions(std::uncaught_exceptions())
   {
   }
-  ~FormatKeeper()
+  ~FormatKeeper() noexcept(false)
   {
-    journal.set_precision(precision);
-    journal.set_width(width);
+    if (std::uncaught_exceptions() == exceptions)
+    {
+      put_back();
+      return;
+    }
+    try
+    {
+      put_back();
+    }
+    catch (...)
+    {
+    }
   }
   FormatKeeper(FormatKeeper const&) = delete;
   FormatKeeper& operator=(FormatKeeper const&) = delete;
 
 private:
+  void put_back() const
+  {
+    try
+    {
+      journal.set_precision(precision);
+    }
+    catch (...)
+    {
+      journal.set_width(width);
+      throw;
+    }
+    journal.set_width(width);
+  }
+
   OzJournal& journal;
   int width;
   int precision;
+  int exceptions; // under way when the dump began
 };
 
 double number_at(OzArray<double> const& array, std::int64_t index)
@@ -175,22 +205,25 @@ void oz_rerange(double& angle)
 
 void oz_rerange(double& value, OzInterval const& period)
 {
+  // Read once, since the value may be an end of the period itself, which would never get below itself.
+  double const start = period.start();
+  double const end = period.end();
   double const length = period.length();
   if (length == 0.0)
     return;
 
-  bool const far_above = value >= period.end() + 2.0 * length;
+  bool const far_above = value >= end + 2.0 * length;
   OZ_ASSERT(!far_above);
   if (far_above)
-    value = period.end();
-  bool const far_below = value < period.start() - 2.0 * length;
+    value = end;
+  bool const far_below = value < start - 2.0 * length;
   OZ_ASSERT(!far_below);
   if (far_below)
-    value = period.start();
+    value = start;
 
-  while (value >= period.end())
+  while (value >= end)
     value -= length;
-  while (value < period.start())
+  while (value < start)
     value += length;
 }
 

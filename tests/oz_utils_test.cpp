@@ -416,6 +416,66 @@ TEST(OzRerange, WrapsAValueIntoAPeriod)
   EXPECT_EQ(recorder.units(), NO_REPORT);
 }
 
+TEST(OzRerange, KeepsTheSignOfZero)
+{
+  double angle = -0.0;
+  double value = -0.0;
+
+  oz_rerange(angle);
+  oz_rerange(value, OzInterval(0.0, 1.0));
+
+  EXPECT_TRUE(std::signbit(angle));
+  EXPECT_TRUE(std::signbit(value));
+}
+
+TEST(OzRerange, WrapsAnEndOfThePeriodItselfAsAnyValue)
+{
+  ReportRecorder const recorder;
+  OzInterval from_end(3.0, 5.0);
+  OzInterval from_start(3.0, 5.0);
+
+  oz_rerange(from_end[1], from_end);
+  oz_rerange(from_start[0], from_start);
+
+  EXPECT_TRUE(from_end == OzInterval(3.0, 3.0));
+  EXPECT_TRUE(from_start == OzInterval(3.0, 5.0));
+  EXPECT_EQ(recorder.units(), NO_REPORT);
+}
+
+TEST(OzRerange, EndsUnderAPeriodThatIsInfiniteOrBeyondAllNumbers)
+{
+  struct
+  {
+    char const* what;
+    double value;
+    OzInterval period;
+    double wrapped;
+  } const cases[] = {
+      {"within a period up to infinity", 5.0, {0.0, INF}, 5.0},
+      {"below a period up to infinity", -1.0, {0.0, INF}, INF},
+      {"above a period from minus infinity", 1.0, {-INF, 0.0}, -INF},
+      {"minus infinity in a period from there", -INF, {-INF, 0.0}, -INF},
+      {"minus infinity below a period up to infinity", -INF, {0.0, INF}, NOT_A_NUMBER},
+      {"above a period of which the length is infinite", 1.75e308, {-1.7e308, 1.7e308}, NOT_A_NUMBER},
+      {"below a period of which the length is infinite", -1.75e308, {-1.7e308, 1.7e308}, INF},
+      {"the shortest period there is", 5e-324, {0.0, 5e-324}, 0.0},
+      {"below the shortest period", -1e-323, {0.0, 5e-324}, 0.0},
+      {"a period of one step", 1.0, {0.99999999999999989, 1.0}, 0.99999999999999989},
+  };
+  ReportRecorder const recorder;
+  for (auto const& c : cases)
+  {
+    double value = c.value;
+    oz_rerange(value, c.period);
+
+    if (std::isnan(c.wrapped))
+      EXPECT_TRUE(std::isnan(value)) << c.what;
+    else
+      EXPECT_EQ(value, c.wrapped) << c.what;
+  }
+  EXPECT_EQ(recorder.units(), NO_REPORT);
+}
+
 TEST(OzRerange, ReportsAValueMoreThanTwoPeriodsOutsideAndReplacesIt)
 {
   struct
@@ -510,6 +570,19 @@ TEST(OzRerange, InterpolatesTheShorterWayRound)
   EXPECT_EQ(recorder.units(), NO_REPORT);
 }
 
+TEST(OzRerange, BetweenWhatIsNoNumberIsNoNumber)
+{
+  OzInterval const turn(0.0, 1.0);
+  ReportRecorder const recorder;
+
+  EXPECT_TRUE(std::isnan(oz_rerange(NOT_A_NUMBER, 0.5, 0.5, turn)));
+  EXPECT_TRUE(std::isnan(oz_rerange(0.5, NOT_A_NUMBER, 0.5, turn)));
+  EXPECT_TRUE(std::isnan(oz_rerange(0.5, 0.25, NOT_A_NUMBER, turn)));
+  EXPECT_TRUE(std::isnan(oz_rerange(0.5, INF, 0.0, turn))) << "zero times infinity";
+  EXPECT_EQ(oz_rerange(0.5, 0.25, 0.5, OzInterval(NOT_A_NUMBER, 1.0)), 0.375) << "without any step";
+  EXPECT_EQ(recorder.units(), NO_REPORT);
+}
+
 TEST(OzLinearFunctionEvaluate, MapsARangeToARangeAndItsEndsExactly)
 {
   double const one = 1.0;
@@ -540,6 +613,9 @@ TEST(OzLinearFunctionEvaluate, MapsARangeToARangeAndItsEndsExactly)
       {"a point, at it", {0.0, 0.0}, {10.0, 20.0}, nullptr, 0.0, 10.0},
       {"a point elsewhere", {3.0, 3.0}, {10.0, 20.0}, nullptr, 3.0, 10.0},
       {"a range below the limit", {0.0, 9e-21}, {10.0, 20.0}, nullptr, 1.0, 15.0},
+      {"a range at the limit", {0.0, 1e-20}, {10.0, 20.0}, nullptr, 1.0, 1e21},
+      {"an empty range at the limit", {1e-20, 0.0}, {10.0, 20.0}, nullptr, 1.0, -1e21},
+      {"an empty range below the limit", {9e-21, 0.0}, {10.0, 20.0}, nullptr, 1.0, 15.0},
       {"to a point", {0.0, 4.0}, {7.0, 7.0}, nullptr, 1.0, 7.0},
       {"scale 1", {0.0, 4.0}, {10.0, 20.0}, &one, 1.0, 12.5},
       {"scale 2 at the scaled start", {1.0, 5.0}, {10.0, 20.0}, &two, 2.0, 10.0},
@@ -575,6 +651,15 @@ TEST(OzLinearFunctionEvaluate, MapsEachValueInPlace)
 
   EXPECT_EQ(numbers_of(values), (std::vector<double>{10.0, 12.5, 15.0, 20.0, 5.0}));
   EXPECT_EQ(none.size(), 0u);
+}
+
+TEST(OzLinearFunctionEvaluate, ReadsTheScaleOnceSoThatItMayBeOneOfTheValues)
+{
+  OzArray<double> values = array_of({2.0, 6.0, 10.0});
+
+  oz_linear_function_evaluate(values, OzInterval(1.0, 5.0), OzInterval(10.0, 20.0), &values[0]);
+
+  EXPECT_EQ(numbers_of(values), (std::vector<double>{10.0, 30.0, 20.0}));
 }
 
 /// Asks that a dump left the number format of a journal as it was made.
@@ -1004,23 +1089,267 @@ TEST(OzArraydebug, KeepsTheLetterOfTheFormat)
   EXPECT_EQ(journal.fp_format_spec(), 'e');
 }
 
-void throw_report(char const*, int)
+TEST(OzArraydebug, WritesNumbersThatAreNoneAsTheJournalDoes)
 {
-  throw std::runtime_error("reported");
+  TextJournal journal;
+
+  oz_arraydebug(journal, array_of({-0.0, NOT_A_NUMBER, INF, -INF, 5e-324, 1e22}), 3, 5, 1, 1);
+
+  EXPECT_EQ(journal.take(), "\n Array of 6 doubles \n  -0.0   nan   inf\n  -inf   0.0"
+                            " 10000000000000000000000.0\n");
+}
+
+/// Notes what is set in it.
+class SettingsJournal : public TextJournal
+{
+public:
+  void set_precision(int const& digits) override
+  {
+    settings.push_back("precision " + std::to_string(digits));
+    TextJournal::set_precision(digits);
+  }
+  void set_width(int const& least_width) override
+  {
+    settings.push_back("width " + std::to_string(least_width));
+    TextJournal::set_width(least_width);
+  }
+
+  std::vector<std::string> settings;
+};
+
+using Settings = std::vector<std::string>;
+
+TEST(OzDebugDumps, SetTheLeastPrecisionThenTheWidthThenThePrecisionAndPutBothBack)
+{
+  Settings const wanted{"precision 1", "width 8", "precision 3", "precision 10", "width 16"};
+  SettingsJournal array_journal;
+  SettingsJournal matrix_journal;
+
+  Oz_debug_double_array(array_journal, array_of({1.0}), 8, 3, 1, 0);
+  Oz_debug_double_matrix(matrix_journal, 1, 1, array_of({1.0}), 8, 3, 0, true);
+
+  EXPECT_EQ(array_journal.settings, wanted);
+  EXPECT_EQ(matrix_journal.settings, wanted);
+}
+
+TEST(OzDebugDumps, OfVectorsOnlyPutTheSettingsBack)
+{
+  Settings const wanted{"precision 10", "width 16"};
+  SettingsJournal array_journal;
+  SettingsJournal matrix_journal;
+
+  Oz_debug_vector_array(array_journal, 3, 1, array_of({1.0}), 8, 3, 1, 0);
+  Oz_debug_vector_matrix(matrix_journal, 3, 1, 1, array_of({1.0}), 8, 3, 0, true);
+
+  EXPECT_EQ(array_journal.settings, wanted);
+  EXPECT_EQ(matrix_journal.settings, wanted);
+}
+
+TEST(OzArraydebug, SetsTheWidthThenThePrecisionAndPutsBothBack)
+{
+  Settings const alone{"width 8", "precision 3", "precision 10", "width 16"};
+  Settings const around_one_row{"width 8",     "precision 3", "width 8",      "precision 3",
+                                "precision 3", "width 8",     "precision 10", "width 16"};
+  SettingsJournal numbers;
+  SettingsJournal points;
+  SettingsJournal heading;
+  SettingsJournal matrix;
+  SettingsJournal row;
+
+  oz_arraydebug(numbers, array_of({1.0}), 1, 8, 3, 0);
+  oz_arraydebug(points, 1, array_of({1.0}), 1, 8, 3, 0);
+  oz_arraydebug(heading, 0, array_of({1.0}), 1, 8, 3, 0);
+  oz_arraydebug(matrix, true, 1, 1, array_of({1.0}), 1, 8, 3, 0);
+  oz_arraydebug(row, true, 0, 1, 1, array_of({1.0}), 1, 8, 3, 0);
+
+  EXPECT_EQ(numbers.settings, alone);
+  EXPECT_EQ(points.settings, around_one_row);
+  EXPECT_EQ(heading.settings, alone);
+  EXPECT_EQ(matrix.settings, around_one_row);
+  EXPECT_EQ(row.settings, alone);
+}
+
+/// A dump that prints, of one number.
+struct PrintingDump
+{
+  char const* what;
+  void (*print)(OzJournal&, int width, int precision);
+  std::size_t formats; // how often a format is taken over and put back: some dumps go by another one
+};
+PrintingDump const PRINTING_DUMPS[] = {
+    {"array",
+     [](OzJournal& journal, int width, int precision)
+     { Oz_debug_double_array(journal, array_of({1.0}), width, precision, 1, 0); },
+     1},
+    {"matrix",
+     [](OzJournal& journal, int width, int precision)
+     { Oz_debug_double_matrix(journal, 1, 1, array_of({1.0}), width, precision, 0, true); },
+     1},
+    {"numbers",
+     [](OzJournal& journal, int width, int precision)
+     { oz_arraydebug(journal, array_of({1.0}), 1, width, precision, 0); },
+     1},
+    {"points",
+     [](OzJournal& journal, int width, int precision)
+     { oz_arraydebug(journal, 1, array_of({1.0}), 1, width, precision, 0); },
+     2},
+    {"table",
+     [](OzJournal& journal, int width, int precision)
+     { oz_arraydebug(journal, true, 1, 1, array_of({1.0}), 1, width, precision, 0); },
+     2},
+    {"row",
+     [](OzJournal& journal, int width, int precision)
+     { oz_arraydebug(journal, true, 0, 1, 1, array_of({1.0}), 1, width, precision, 0); },
+     1},
+};
+
+/// Installs a handler that throws the number of the report, and puts the former one back.
+class ThrowingReports
+{
+public:
+  ThrowingReports()
+  {
+    count_ = 0;
+    dkb_assertion_handler = &throw_report;
+  }
+  ~ThrowingReports() { dkb_assertion_handler = former; }
+  ThrowingReports(ThrowingReports const&) = delete;
+  ThrowingReports& operator=(ThrowingReports const&) = delete;
+
+  int count() const { return count_; }
+
+private:
+  static void throw_report(char const*, int)
+  {
+    throw std::runtime_error("report " + std::to_string(++count_));
+  }
+
+  OzAssertionHandler const former = dkb_assertion_handler;
+  static inline int count_ = 0;
+};
+
+/// What the exception of `run` says; empty if there is none.
+template <class Run>
+std::string exception_of(Run const& run)
+{
+  try
+  {
+    run();
+  }
+  catch (std::exception const& exception)
+  {
+    return exception.what();
+  }
+  return std::string();
 }
 
 TEST(OzArraydebug, PutsTheFormatBackWhenAHandlerThrows)
 {
-  OzAssertionHandler const former = dkb_assertion_handler;
   TextJournal journal;
-
-  dkb_assertion_handler = &throw_report;
-  EXPECT_THROW(oz_arraydebug(journal, false, 7, 1, 1, array_of({1.0}), 1, 5, 1, 0), std::runtime_error);
-  EXPECT_THROW(Oz_debug_vector_array(journal, 3, 1, array_of({1.0}), 8, 3, 1, 0), std::runtime_error);
-  dkb_assertion_handler = former;
+  {
+    ThrowingReports const throwing;
+    EXPECT_THROW(oz_arraydebug(journal, false, 7, 1, 1, array_of({1.0}), 1, 5, 1, 0), std::runtime_error);
+    EXPECT_THROW(Oz_debug_vector_array(journal, 3, 1, array_of({1.0}), 8, 3, 1, 0), std::runtime_error);
+    EXPECT_THROW(Oz_debug_vector_matrix(journal, 3, 1, 1, array_of({1.0}), 8, 3, 0, true),
+                 std::runtime_error);
+    // The journal reports the width first where there is one, and the precision behind a good width.
+    for (auto const& dump : PRINTING_DUMPS)
+    {
+      EXPECT_THROW(dump.print(journal, -1, -2), std::runtime_error) << dump.what;
+      EXPECT_THROW(dump.print(journal, 8, 0), std::runtime_error) << dump.what;
+    }
+  }
 
   journal.take();
   expect_first_format(journal);
   EXPECT_EQ(journal.take(), FIRST_FORMAT);
+}
+
+/// Takes no text.
+class RefusingJournal : public TextJournal
+{
+public:
+  bool refuses = true;
+
+protected:
+  void append_to_journal(OzString const& text) override
+  {
+    if (refuses)
+      throw std::runtime_error("refused");
+    TextJournal::append_to_journal(text);
+  }
+};
+
+TEST(OzArraydebug, PutsTheFormatBackWhenTheJournalThrows)
+{
+  for (auto const& dump : PRINTING_DUMPS)
+  {
+    RefusingJournal journal;
+
+    EXPECT_THROW(dump.print(journal, 8, 3), std::runtime_error) << dump.what;
+
+    journal.refuses = false;
+    expect_first_format(journal);
+    EXPECT_EQ(journal.take(), FIRST_FORMAT) << dump.what;
+  }
+}
+
+/// Says of its precision what it would not take.
+class OddJournal : public TextJournal
+{
+public:
+  int precision() const override { return 0; }
+};
+
+TEST(OzArraydebug, OfAJournalThatDoesNotTakeItsPrecisionBackIsReportedByIt)
+{
+  for (auto const& dump : PRINTING_DUMPS)
+  {
+    OddJournal journal;
+    dump.print(journal, 8, 3);
+    EXPECT_EQ(journal.width(), 16) << dump.what;
+
+    ReportRecorder const recorder;
+    dump.print(journal, 8, 3);
+    EXPECT_EQ(recorder.units(), reports(dump.formats, "ozjournal.cpp")) << dump.what;
+  }
+}
+
+TEST(OzArraydebug, ThrowsWhatAHandlerThrowsWhileTheFormatIsPutBack)
+{
+  for (auto const& dump : PRINTING_DUMPS)
+  {
+    OddJournal journal;
+    ThrowingReports const throwing;
+
+    EXPECT_EQ(exception_of([&] { dump.print(journal, 8, 3); }), "report 1") << dump.what;
+    EXPECT_EQ(journal.width(), 16) << dump.what;
+  }
+}
+
+TEST(OzArraydebug, ThrowsTheFirstExceptionWhereThereAreMore)
+{
+  OddJournal journal;
+  ThrowingReports const throwing;
+
+  EXPECT_EQ(exception_of([&] { Oz_debug_vector_array(journal, 3, 1, array_of({1.0}), 8, 3, 1, 0); }),
+            "report 1");
+  EXPECT_EQ(throwing.count(), 2);
+  EXPECT_EQ(exception_of([&] { oz_arraydebug(journal, false, 7, 1, 1, array_of({1.0}), 1, 5, 1, 0); }),
+            "report 3");
+  EXPECT_EQ(throwing.count(), 4);
+  EXPECT_EQ(journal.width(), 16);
+}
+
+TEST(OzArraydebug, FindsNumbersByMoreThan32Bits)
+{
+  // Cut to 32 bits each of these would be number 0, which is there.
+  OzArray<double> const one = array_of({1.0});
+  TextJournal journal;
+  ThrowingReports const throwing;
+
+  EXPECT_THROW(oz_arraydebug(journal, false, 65536, 1, 65536, one, 1, 5, 1, 0), std::runtime_error);
+  EXPECT_THROW(oz_arraydebug(journal, false, 65536, 65536, 1, one, 1, 5, 1, 0), std::runtime_error);
+  EXPECT_EQ(throwing.count(), 2);
 }
 } // namespace
