@@ -1,4 +1,5 @@
 #include "ozprogress.h"
+#include "vtable_slot.h"
 
 #include <gtest/gtest.h>
 
@@ -442,4 +443,17 @@ TEST(OzAsymptoticProgressIndicator, DoesNotPutTheRangeOfItsParentBack)
   }
 
   EXPECT_EQ(range_of(display), std::make_pair(0u, 50u));
+}
+
+TEST(OzProgressHandler, HasItsVirtualOperationsInAFixedOrder)
+{
+  struct Open : OzProgressHandler
+  {
+    using OzProgressHandler::check_if_cancelled;
+    using OzProgressHandler::increase_progress;
+  };
+
+  EXPECT_EQ(vtable_slot(&Open::increase_progress), 2);
+  EXPECT_EQ(vtable_slot(&Open::check_if_cancelled), 3);
+  EXPECT_EQ(vtable_slot(&OzAsymptoticProgressIndicator::indicate_next_event), 4);
 }

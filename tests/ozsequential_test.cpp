@@ -1,5 +1,6 @@
 #include "ozsequential.h"
 #include "oztaskserver.h"
+#include "vtable_slot.h"
 
 #include <gtest/gtest.h>
 
@@ -245,4 +246,18 @@ TEST(OzEKProcessor, HasNoJobToGive)
 {
   EXPECT_EQ(OzEKProcessor::CreateJob(0, false), nullptr);
   EXPECT_EQ(OzEKProcessor::CreateJob(8, true), nullptr);
+}
+
+TEST(OzJob, HasItsVirtualOperationsInAFixedOrder)
+{
+  EXPECT_EQ(vtable_slot(&OzJob::AddTask), 2);
+  EXPECT_EQ(vtable_slot(&OzJob::Wait), 3);
+  EXPECT_EQ(vtable_slot(&OzJob::SetService), 4);
+  EXPECT_EQ(vtable_slot(&OzJob::Synchronize), 5);
+
+  EXPECT_EQ(vtable_slot(&OzJobStatistics::Name), 2);
+  EXPECT_EQ(vtable_slot(&OzJobStatistics::ElapsedTime), 3);
+  EXPECT_EQ(vtable_slot(&OzJobStatistics::TaskCount), 4);
+  EXPECT_EQ(vtable_slot(&OzJobStatistics::PeakConcurrency), 5);
+  EXPECT_EQ(vtable_slot(&OzJobStatistics::ServerRunCount), 6);
 }

@@ -4,6 +4,8 @@
 #include "oztaskprocessor.h"
 #include "oztaskprocessor_p.h"
 
+#include "deadline.h"
+
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -388,4 +390,14 @@ TEST(OzTaskProcessorDkbLocal, HoldsArrays)
             });
 
   EXPECT_EQ(local.Value()->size(), 0u);
+}
+
+TEST(OzTaskProcessorDkbLocal, IsReadOnTheMainThreadWhateverHoldsTheGlobalLock)
+{
+  Local<int> local;
+  Deadline const deadline{std::chrono::seconds(100)};
+  OzCriticalDkbRegion const region;
+
+  EXPECT_EQ(OzTaskProcessor::TaskProcessor(), nullptr);
+  EXPECT_EQ(local.Value(), &local.main_value_);
 }

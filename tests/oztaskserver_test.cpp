@@ -1,4 +1,5 @@
 #include "oztaskserver.h"
+#include "vtable_slot.h"
 
 #include <gtest/gtest.h>
 
@@ -479,4 +480,24 @@ TEST(FakedOzTaskServer, WithoutServiceRefusesRequests)
 
   EXPECT_TRUE(server.IsActive());
   EXPECT_EQ(request, &kept);
+}
+
+TEST(OzTaskServer, AndAllThatItStandsOnHaveTheirVirtualOperationsInAFixedOrder)
+{
+  EXPECT_EQ(vtable_slot(static_cast<bool (OzTask::*)(OzTaskService*)>(&OzTask::Execute)), 2);
+  EXPECT_EQ(vtable_slot(static_cast<bool (OzTask::*)()>(&OzTask::Execute)), 3);
+  EXPECT_EQ(vtable_slot(&OzMacroTask::Split), 4);
+
+  EXPECT_EQ(vtable_slot(&OzTaskServiceRequestQueue::Enqueue), 2);
+  EXPECT_EQ(vtable_slot(&OzTaskServiceRequestQueue::Dequeue), 3);
+  EXPECT_EQ(vtable_slot(&OzTaskServiceRequestQueue::IsEmpty), 4);
+  EXPECT_EQ(vtable_slot(&OzTaskServiceRequestQueue::Size), 5);
+
+  EXPECT_EQ(vtable_slot(&OzTaskService::Process), 2);
+  EXPECT_EQ(vtable_slot(&OzTaskService::Start), 3);
+  EXPECT_EQ(vtable_slot(&OzTaskService::Stop), 4);
+  EXPECT_EQ(vtable_slot(&OzTaskService::IsActive), 5);
+  EXPECT_EQ(vtable_slot(&OzConfigurableTaskService::CacheRequest), 6);
+  EXPECT_EQ(vtable_slot(&OzTaskServer::IsEmpty), 7);
+  EXPECT_EQ(vtable_slot(&OzTaskServer::Size), 8);
 }

@@ -4,6 +4,7 @@
 #include "ozdynobj.h"
 #include "oztaskprocessor.h"
 #include "thread_refusal.h"
+#include "vtable_slot.h"
 
 #include <gtest/gtest.h>
 
@@ -835,4 +836,48 @@ TEST(OzTSJobProcessorDeathTest, LetsTheProcessExitWithItsOwnCodeWhileTasksRun)
   };
 
   EXPECT_EXIT(exit_with_running_tasks(), testing::ExitedWithCode(0), "");
+}
+
+TEST(OzTSJobProcessor, HasItsVirtualOperationsInAFixedOrderAndSoHaveJobsAndWorkers)
+{
+  EXPECT_EQ(vtable_slot(&OzTSJobProcessor::CreateJob), 2);
+  EXPECT_EQ(vtable_slot(&OzTSJobProcessor::AddService), 3);
+  EXPECT_EQ(vtable_slot(&OzTSJobProcessor::AddTask), 4);
+  EXPECT_EQ(vtable_slot(&OzTSJobProcessor::Synchronize), 5);
+  EXPECT_EQ(vtable_slot(&OzTSJobProcessor::WaitJob), 6);
+  EXPECT_EQ(vtable_slot(&OzTSJobProcessor::RemoveJob), 7);
+  EXPECT_EQ(vtable_slot(&OzTSJobProcessor::ForgetServer), 8);
+  EXPECT_EQ(vtable_slot(&OzTSJobProcessor::JobServer), 9);
+  EXPECT_EQ(vtable_slot(&OzTSJobProcessor::TaskFinished), 10);
+  EXPECT_EQ(vtable_slot(&OzTSJobProcessor::JobStatistics), 11);
+  EXPECT_EQ(vtable_slot(&OzTSJobProcessor::NextTask), 12);
+  EXPECT_EQ(vtable_slot(&OzTSJobProcessor::StartWorker), 13);
+  EXPECT_EQ(vtable_slot(&OzTSJobProcessor::ResetJob), 14);
+
+  EXPECT_EQ(vtable_slot(&OzTSJob::Close), 6) << "behind those of OzJob";
+  EXPECT_EQ(vtable_slot(&OzTSTaskProcessor::Start), 2);
+
+  EXPECT_EQ(vtable_slot(&LumThreads::Run), 2);
+  EXPECT_EQ(vtable_slot(&LumThreads::ThreadMain), 3);
+  EXPECT_EQ(vtable_slot(static_cast<int (LumThreads::*)(int (*)(void*), void*)>(&LumThreads::SetFunction)),
+            4);
+  EXPECT_EQ(vtable_slot(static_cast<int (LumThreads::*)(int (*)(void*))>(&LumThreads::SetFunction)), 5);
+  EXPECT_EQ(vtable_slot(&LumThreads::Join), 6);
+  EXPECT_EQ(vtable_slot(&LumThreads::End), 7);
+  EXPECT_EQ(vtable_slot(&LumThreads::Kill), 8);
+  EXPECT_EQ(vtable_slot(&LumThreads::IsRunning), 9);
+  EXPECT_EQ(vtable_slot(&LumThreads::GetStatus), 10);
+  EXPECT_EQ(vtable_slot(&LumThreads::GetThreadId), 11);
+  EXPECT_EQ(vtable_slot(&LumThreads::GetThreadReturnCode), 12);
+  EXPECT_EQ(vtable_slot(&LumThreads::EmitTrace), 13);
+}
+
+TEST(OzTSTaskProcessor, EndsWithItsCodeWhenItHasNoTask)
+{
+  OzTSTaskProcessor worker(nullptr, 0);
+  std::thread thread([&worker] { EXPECT_EQ(worker.ThreadMain(), 32); });
+  thread.join();
+
+  EXPECT_FALSE(worker.Start(nullptr, 0)) << "it runs for nobody";
+  EXPECT_EQ(worker.IsRunning(), 0);
 }
