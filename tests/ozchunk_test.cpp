@@ -220,6 +220,9 @@ TEST(OzChunk, ARequestThatNoChunkCanHoldChangesNothing)
 
   EXPECT_EQ(caller.allocate(HUGE_NUMBER), nullptr);
   EXPECT_EQ(caller.allocate(HUGE_NUMBER - 1000), nullptr);
+  // The request alone would be the size of something; with the room that a chunk has beyond it, it is not.
+  EXPECT_EQ(caller.allocate(HUGE_NUMBER / 2 - 1007), nullptr);
+  EXPECT_EQ(caller.allocate(HUGE_NUMBER / 2 - 8), nullptr);
   for (std::uint64_t const min_size : {HUGE_NUMBER, HUGE_NUMBER - 7})
   {
     caller.min_size = min_size;
