@@ -27,7 +27,8 @@ public:
     FAILED = 2
   };
 
-  /// The text of a number of the package, or null if there is none. The text is copied at once.
+  /// The text of a number of the package, or null if there is none. The text is copied at once, over a message
+  /// that the function may have asked for or set in the meantime.
   typedef char const* (*TranslateFunction)(OzString const* const& package, int number);
 
   /// OK, without a text and without an error condition; its number is -1.
