@@ -106,7 +106,19 @@ constexpr bool DELETED_RECORDS_ARE_USED_AGAIN = true;
 inline long records_in_use = 0; // not counted here
 
 inline std::uintptr_t highest = 0;
-inline std::vector<void*> put_aside;
+
+struct Pages
+{
+  ~Pages() { free_all(); }
+  void free_all()
+  {
+    for (void* page : pages)
+      std::free(page);
+    pages.clear();
+  }
+  std::vector<void*> pages;
+};
+inline Pages put_aside;
 
 /// Takes pages as they come. For threads with much to record: beside the main thread, memory may be found further
 /// and further down, and then no page lies above the older ones.
@@ -115,9 +127,7 @@ inline bool any_order = false;
 /// Between two graphs: what counts as older is forgotten.
 inline void start_again()
 {
-  for (void* page : put_aside)
-    std::free(page);
-  put_aside.clear();
+  put_aside.free_all();
   highest = 0;
 }
 } // namespace growing_addresses
@@ -137,7 +147,7 @@ extern "C" __attribute__((visibility("default"))) int posix_memalign(void** memo
       *memory = page;
       return 0;
     }
-    put_aside.push_back(page);
+    put_aside.pages.push_back(page);
   }
 }
 
