@@ -444,11 +444,9 @@ private:
       std::vector<OzObjDepLink*> const absorptions = new_links.absorptions_of_source(source);
       if (!absorptions.empty() && absorptions.size() == hub->forward_absorptions)
       {
+        // Their targets are looked at already.
         for (OzObjDepLink* link : absorptions)
-        {
-          targets.push_back(link->node);
           retype_forward(source, link);
-        }
         return;
       }
     }

@@ -26,9 +26,10 @@ struct Shape
   bool may_have_cycles; // else an object only becomes objects with a higher number
   int reach;            // how far those numbers are apart at most
   std::vector<Type> types;
-  int n_hubs = 0;      // every other source is one of so many objects
-  int n_absorbers = 0; // if not 0: so many objects absorb nearly all others
-  int n_tools = 0;     // and so many are absorbed by many others
+  int n_hubs = 0;                // every other source is one of so many objects
+  int n_absorbers = 0;           // if not 0: so many objects absorb nearly all others
+  int n_tools = 0;               // and so many are absorbed by many others
+  bool has_disturbances = false; // two absorbers, and what brings the order around them to an end
 };
 
 /// In messages a shape is its name. Otherwise its bytes would be read, and some of them are never written.
@@ -57,6 +58,11 @@ public:
     graph.set_consider_split_modificational(modificational);
     model.split_modificational = modificational;
     with_qualifiers = !chance(3);
+    if (shape.has_disturbances)
+    {
+      record_disturbances();
+      return;
+    }
     if (shape.n_absorbers != 0)
     {
       record_absorbers();
@@ -203,17 +209,45 @@ private:
         calls.push_back({{tool}, {tool + 1}, OzObjectDependency::MODIFICATION});
       if (chance(2))
         pieces.push_back(tool);
-      for (int n = number(8, 16); n > 0; --n)
+      std::vector<Type> const handlings = {OzObjectDependency::ABSORPTION,   OzObjectDependency::ABSORPTION,
+                                           OzObjectDependency::ABSORPTION,   OzObjectDependency::CONVERSION,
+                                           OzObjectDependency::MODIFICATION, OzObjectDependency::SPLIT};
+      bool const is_always_absorbed = chance(2);
+      bool const is_used_often = !chance(3);
+      int last = 0; // what the work before this one led to
+      for (int n = is_used_often ? number(8, 16) : number(1, 4); n > 0; --n)
       {
         int const blank = ++n_objects;
         int const worked = ++n_objects;
-        calls.push_back({{blank, tool}, {worked}, OzObjectDependency::ABSORPTION});
+        calls.push_back({{blank}, {worked}, OzObjectDependency::ABSORPTION});
+        calls.push_back({{tool},
+                         {worked},
+                         is_always_absorbed ? OzObjectDependency::ABSORPTION : handlings[random() % 6]});
         if (chance(4))
+          pieces.push_back(blank);
+        if (chance(6))
+        {
+          int const step = ++n_objects;
+          bool const is_created = chance(2);
+          calls.push_back(
+              {{blank}, {step}, is_created ? OzObjectDependency::CREATION : OzObjectDependency::ABSORPTION});
+          calls.push_back(
+              {{step}, {worked}, is_created ? OzObjectDependency::ABSORPTION : OzObjectDependency::CREATION});
+        }
+        if (chance(4))
+        {
           pieces.push_back(worked);
-        else
+        }
+        else if (!chance(3))
+        {
+          if (last == 0 || chance(2))
+            last = ++n_objects;
           calls.push_back({{worked},
-                           {++n_objects},
-                           is_odd() ? OzObjectDependency::CREATION : OzObjectDependency::MODIFICATION});
+                           {last},
+                           is_odd()    ? OzObjectDependency::CREATION
+                           : chance(2) ? OzObjectDependency::ABSORPTION
+                                       : OzObjectDependency::MODIFICATION});
+        }
       }
     }
     while (n_objects + 6 < shape.n_objects)
@@ -261,6 +295,105 @@ private:
       std::shuffle(calls.begin(), calls.end(), random);
     for (Call const& call : calls)
       record_in_both(call.sources, call.targets, call.type, nullptr);
+  }
+
+  /// Two objects absorb many pieces, some of them together. Between the turns of their roots, sources that they
+  /// absorb become sources of something else, and they themselves become mixed without a new link.
+  void record_disturbances()
+  {
+    struct Call
+    {
+      int source, target;
+      Type type;
+    };
+    constexpr Type ABSORBED = OzObjectDependency::ABSORPTION;
+    constexpr Type CREATED = OzObjectDependency::CREATION;
+    constexpr Type CHANGED = OzObjectDependency::MODIFICATION;
+    std::vector<Call> calls;
+    int n_objects = 2;
+    int const first = 1;
+    int const second = 2;
+    auto const make = [&] { return ++n_objects; };
+    // At the end of a chain, so that it is neither a root nor the target of one while others have their turns.
+    auto const make_tool = [&]
+    {
+      int const steel = make();
+      int const blade = make();
+      int const tool = make();
+      calls.push_back({steel, blade, CHANGED});
+      calls.push_back({blade, tool, CHANGED});
+      return tool;
+    };
+
+    // Pieces that are roots themselves let their target be untouched until something else disturbs it.
+    bool const is_second_left_alone = chance(2);
+    for (int i = number(9, 13); i > 0; --i)
+    {
+      int const whole = make();
+      int const where = is_second_left_alone ? 2 * number(0, 1) : number(0, 3);
+      int const piece = is_second_left_alone && where != 0 ? whole : make();
+      if (piece != whole)
+        calls.push_back({whole, piece, OzObjectDependency::CONVERSION});
+      if (where != 0)
+        calls.push_back({piece, second, ABSORBED});
+      if (where != 1)
+        calls.push_back({piece, first, ABSORBED});
+    }
+    if (!chance(3))
+    {
+      int const tool = make_tool();
+      int const blank = make();
+      int const worked = make();
+      calls.push_back({tool, is_second_left_alone || chance(2) ? first : second, ABSORBED});
+      calls.push_back({tool, worked, ABSORBED});
+      calls.push_back({blank, worked, ABSORBED});
+      calls.push_back({worked, make(), chance(3) ? CHANGED : CREATED});
+    }
+    if (!chance(3))
+    {
+      int const whole = make();
+      int const created = make();
+      calls.push_back({whole, second, ABSORBED});
+      calls.push_back({whole, created, CREATED});
+      calls.push_back({created, second, ABSORBED});
+    }
+    if (!chance(3))
+    {
+      int const tool = make_tool();
+      calls.push_back({tool, second, ABSORBED});
+      int const n_splits = chance(2) ? number(1, 3) : 0;
+      for (int i = 0; i < 10; ++i)
+      {
+        int const blank = make();
+        int const worked = make();
+        calls.push_back({tool, worked, i < n_splits ? OzObjectDependency::SPLIT : ABSORBED});
+        calls.push_back({blank, worked, ABSORBED});
+        calls.push_back({worked, make(), i < n_splits && chance(2) ? OzObjectDependency::SPLIT : CHANGED});
+      }
+      if (chance(2))
+      {
+        int const blank = make();
+        int const half = make();
+        int const other_half = make();
+        int const together = make();
+        calls.push_back({blank, half, ABSORBED});
+        calls.push_back({blank, other_half, ABSORBED});
+        calls.push_back({tool, half, ABSORBED});
+        calls.push_back({tool, other_half, chance(2) ? CREATED : ABSORBED});
+        calls.push_back({half, together, chance(2) ? CHANGED : ABSORBED});
+        calls.push_back({other_half, together, chance(2) ? CREATED : ABSORBED});
+      }
+    }
+    std::shuffle(calls.begin(), calls.end(), random);
+    for (Call const& call : calls)
+    {
+      // Any type goes from any object to any other here, past the checks of recording.
+      if (Probe::check_dependency_pair(graph, object(call.source), object(call.target)))
+      {
+        Probe::add_dependency_pair(graph, object(call.source), object(call.target), call.type);
+        model.record(call.source, call.target, call.type, nullptr, separator);
+      }
+    }
   }
 
   void record_in_both(std::vector<int> const& sources, std::vector<int> const& targets, Type type,
@@ -369,8 +502,9 @@ Shape const SHAPES[] = {
     {"one absorber of all kinds", 50, 50, false, 0, {CONVERSION, MODIFICATION, ABSORPTION}, 0, 1},
     {"two absorbers", 60, 60, false, 0, {CONVERSION, MODIFICATION, ABSORPTION, CREATION}, 0, 2},
     {"several absorbers", 90, 90, false, 0, {CONVERSION, CONVERSION, MODIFICATION, ABSORPTION}, 0, 4},
-    {"a tool and absorbers", 100, 100, false, 0, {CONVERSION, MODIFICATION, ABSORPTION}, 0, 2, 1},
-    {"tools and absorbers", 160, 160, false, 0, {CONVERSION, MODIFICATION, ABSORPTION}, 0, 3, 2},
+    {"a tool and absorbers", 100, 60, false, 0, {CONVERSION, MODIFICATION, ABSORPTION}, 0, 2, 1},
+    {"tools and absorbers", 160, 100, false, 0, {CONVERSION, MODIFICATION, ABSORPTION}, 0, 3, 2},
+    {"disturbed absorbers", 100, 20, false, 0, {}, 0, 0, 0, true},
     {"cycles", 8, 12, true, 0, ALL_TYPES},
     {"many cycles", 12, 40, true, 0, {CREATION, SPLIT, ABSORPTION, MODIFICATION}},
 };
