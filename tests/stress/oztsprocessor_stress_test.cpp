@@ -119,6 +119,14 @@ struct AsksScheduler
   static inline std::atomic<bool> client_comes{false};
 };
 OzTaskProcessorDkbLocal<AsksScheduler>& asks_scheduler = *new OzTaskProcessorDkbLocal<AsksScheduler>;
+
+/// A value that keeps its thread from leaving until a gate is opened.
+struct KeepsThread
+{
+  ~KeepsThread() { gate->pass(); }
+  static inline Gate* gate = nullptr;
+};
+OzTaskProcessorDkbLocal<KeepsThread>& keeps_thread = *new OzTaskProcessorDkbLocal<KeepsThread>;
 } // namespace
 
 TEST_F(OzTSJobStress, WaitEntersTheServiceOnlyWhenNoWorkerIsInIt)
@@ -280,6 +288,38 @@ TEST_F(OzTSJobStress, WorkersThatHaveBeenStartedAgainAreNotFreed)
   gate.open();
   EXPECT_EQ(all->Wait(), OzJob::JobDone);
   EXPECT_EQ(all->PeakConcurrency(), 64u);
+}
+
+TEST_F(OzTSJobStress, AWorkerThatIsStartedAgainAsItIsJoinedIsNotFree)
+{
+  for (int pass = 0; pass < 20; ++pass)
+  {
+    Gate leaving;
+    Gate at_work;
+    KeepsThread::gate = &leaving;
+    std::unique_ptr<OzTSJob> const waiting_job = make_job(1);
+    std::unique_ptr<OzTSJob> const adding_job = make_job(1);
+    std::unique_ptr<OzTSJob> const third_job = make_job(1);
+    add_task(*waiting_job, counts, [](OzTaskService*) { return keeps_thread.Value() != nullptr; });
+    leaving.await(1); // its task has ended, and its thread cannot leave
+
+    // One client joins the worker, another one looks for a worker meanwhile.
+    std::thread waits([&] { EXPECT_EQ(waiting_job->Wait(), OzJob::JobDone); });
+    give_way(200);
+    std::thread adds([&] { add_task(*adding_job, counts, wait_at(at_work)); });
+    give_way(200);
+    leaving.open();
+    waits.join();
+    adds.join();
+    at_work.await(1);
+
+    // A third one would wait for the task at the gate if it got that worker.
+    add_task(*third_job, counts, &succeed);
+    EXPECT_EQ(third_job->Wait(), OzJob::JobDone);
+    at_work.open();
+    EXPECT_EQ(adding_job->Wait(), OzJob::JobDone);
+  }
+  EXPECT_EQ(counts.deleted, 60);
 }
 
 TEST_F(OzTSJobStress, ProgressThatDrawsIdentitiesMeetsJobsThatAreMade)
