@@ -20,7 +20,7 @@ if [ ${#programs[@]} -eq 0 ]; then
   echo "No test program is called ${1:-*_test}" >&2
   exit 1
 fi
-export OZ_MEMCHECK_MINUTES=${2:-30}
+export OZ_MEMCHECK_MINUTES=${2:-30} OZ_TEST_PATIENCE=20
 mkdir -p build/memcheck
 
 # Threads take turns rather than going by chance, since some of them wait for others. What a death test
