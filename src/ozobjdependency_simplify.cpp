@@ -1015,6 +1015,8 @@ bool OzObjDependency::skip_n3(OzObjDepSimplifyContext& context, OzObjDepNode* n1
 /// those that n1 holds by ascending address, then the new ones in their order. Others may be among them.
 ///
 /// Either end may have very many links, and hardly ever both have: the search begins at the one with fewer.
+/// In a damaged graph n3 may not know of a node that leads to it. Then the path through that node is passed over
+/// where n3 is searched, and is not noted as settled; when its turn comes, it meets the link that was made.
 void OzObjDependency::collect_ways(OzObjDepSimplifyContext& context, OzObjDepNode const* n1,
                                    OzObjDepNode const* n2, OzObjDepNode const* n3)
 {

@@ -1206,6 +1206,37 @@ TEST_F(OzObjDependencySimplify, ReportsATargetThatHoldsNoLink)
   EXPECT_EQ(recorder.units(), reports(1, UNIT));
 }
 
+/// Whether a second path is noted in advance depends on which end is looked through. The link comes out the same.
+TEST_F(OzObjDependencySimplify, MakesTheSameLinkWhereASecondPathIsNotSeenFromItsTarget)
+{
+  for (bool has_more_targets_than_sources : {true, false})
+  {
+    for (int way : {2, 3})
+    {
+      Probe::add_dependency_pair(graph, object(1), object(way), CREATION);
+      Probe::add_dependency_pair(graph, object(way), object(4), ABSORPTION);
+    }
+    for (int other = 5; other <= 8; ++other)
+      if (has_more_targets_than_sources)
+        link(1, other, CREATION);
+      else
+        link(other, 4, ABSORPTION);
+    drop_backward(3, 4);
+    ReportRecorder const recorder;
+
+    std::string const trace = trace_of_a_step();
+
+    EXPECT_EQ(trace.find("remember triple to skip with n2a = 3") == std::string::npos,
+              has_more_targets_than_sources);
+    EXPECT_EQ(forward(1, 4)->dependency_type, CREATION);
+    EXPECT_EQ(backward(1, 4)->dependency_type, CREATION);
+    EXPECT_EQ(Probe::node(graph, object(2)), nullptr);
+    EXPECT_EQ(Probe::node(graph, object(3)), nullptr);
+    EXPECT_EQ(recorder.units(), reports(1, UNIT));
+    graph = OzObjDependency();
+  }
+}
+
 TEST_F(OzObjDependencySimplify, ReportsALinkThatOnlyTheLookUpKnows)
 {
   link(1, 2, CREATION);
