@@ -128,6 +128,7 @@ TEST(OzTrianglePar, NumbersAreTakenAsProportions)
   } const cases[] = {
       {"a sum of 1", {0.5, 0.25, 0.25}, {0.5, 0.25, 0.25}},
       {"a sum of 4", {2.0, 1.0, 1.0}, {0.5, 0.25, 0.25}},
+      {"a sum of 8, all different", {1.0, 2.0, 5.0}, {0.125, 0.25, 0.625}},
       {"all equal", {7.0, 7.0, 7.0}, MIDDLE},
       {"a corner", {3.0, 0.0, 0.0}, {1.0, 0.0, 0.0}},
       {"outside the triangle", {4.0, -1.0, -1.0}, {2.0, -0.5, -0.5}},
