@@ -1,8 +1,8 @@
+#include "dependency_types.h"
 #include "ozobjdependency.h"
 #include "ozobject.h"
 #include "ozstandardattribs.h"
 
-#include "graph_probe.h"
 #include "report_recorder.h"
 #include "text_journal.h"
 
@@ -18,14 +18,6 @@
 
 namespace
 {
-typedef OzObjDependencyProbe Probe;
-
-constexpr OzObjectDependency::Type CREATION = OzObjectDependency::CREATION;
-constexpr OzObjectDependency::Type DELETION = OzObjectDependency::DELETION;
-constexpr OzObjectDependency::Type MODIFICATION = OzObjectDependency::MODIFICATION;
-constexpr OzObjectDependency::Type SPLIT = OzObjectDependency::SPLIT;
-constexpr OzObjectDependency::Type ABSORPTION = OzObjectDependency::ABSORPTION;
-
 /// An object of a model that can bear a name. Its identity is drawn, so dumps of it are compared by parts.
 class ModelObject : public OzObject
 {

@@ -1,5 +1,6 @@
 #include "ozobjdependency.h"
 
+#include "dependency_types.h"
 #include "growing_addresses.h"
 #include "report_recorder.h"
 #include "simplify_fixture.h"
@@ -14,9 +15,6 @@
 
 namespace
 {
-typedef OzObjDependencyProbe Probe;
-typedef OzObjectDependency::Type Type;
-
 /// What a random history is made of.
 struct Shape
 {
@@ -306,9 +304,6 @@ private:
       int source, target;
       Type type;
     };
-    constexpr Type ABSORBED = OzObjectDependency::ABSORPTION;
-    constexpr Type CREATED = OzObjectDependency::CREATION;
-    constexpr Type CHANGED = OzObjectDependency::MODIFICATION;
     std::vector<Call> calls;
     int n_objects = 2;
     int const first = 1;
@@ -320,8 +315,8 @@ private:
       int const steel = make();
       int const blade = make();
       int const tool = make();
-      calls.push_back({steel, blade, CHANGED});
-      calls.push_back({blade, tool, CHANGED});
+      calls.push_back({steel, blade, MODIFICATION});
+      calls.push_back({blade, tool, MODIFICATION});
       return tool;
     };
 
@@ -335,40 +330,41 @@ private:
       if (piece != whole)
         calls.push_back({whole, piece, OzObjectDependency::CONVERSION});
       if (where != 0)
-        calls.push_back({piece, second, ABSORBED});
+        calls.push_back({piece, second, ABSORPTION});
       if (where != 1)
-        calls.push_back({piece, first, ABSORBED});
+        calls.push_back({piece, first, ABSORPTION});
     }
     if (!chance(3))
     {
       int const tool = make_tool();
       int const blank = make();
       int const worked = make();
-      calls.push_back({tool, is_second_left_alone || chance(2) ? first : second, ABSORBED});
-      calls.push_back({tool, worked, ABSORBED});
-      calls.push_back({blank, worked, ABSORBED});
-      calls.push_back({worked, make(), chance(3) ? CHANGED : CREATED});
+      calls.push_back({tool, is_second_left_alone || chance(2) ? first : second, ABSORPTION});
+      calls.push_back({tool, worked, ABSORPTION});
+      calls.push_back({blank, worked, ABSORPTION});
+      calls.push_back({worked, make(), chance(3) ? MODIFICATION : CREATION});
     }
     if (!chance(3))
     {
       int const whole = make();
       int const created = make();
-      calls.push_back({whole, second, ABSORBED});
-      calls.push_back({whole, created, CREATED});
-      calls.push_back({created, second, ABSORBED});
+      calls.push_back({whole, second, ABSORPTION});
+      calls.push_back({whole, created, CREATION});
+      calls.push_back({created, second, ABSORPTION});
     }
     if (!chance(3))
     {
       int const tool = make_tool();
-      calls.push_back({tool, second, ABSORBED});
+      calls.push_back({tool, second, ABSORPTION});
       int const n_splits = chance(2) ? number(1, 3) : 0;
       for (int i = 0; i < 10; ++i)
       {
         int const blank = make();
         int const worked = make();
-        calls.push_back({tool, worked, i < n_splits ? OzObjectDependency::SPLIT : ABSORBED});
-        calls.push_back({blank, worked, ABSORBED});
-        calls.push_back({worked, make(), i < n_splits && chance(2) ? OzObjectDependency::SPLIT : CHANGED});
+        calls.push_back({tool, worked, i < n_splits ? OzObjectDependency::SPLIT : ABSORPTION});
+        calls.push_back({blank, worked, ABSORPTION});
+        calls.push_back(
+            {worked, make(), i < n_splits && chance(2) ? OzObjectDependency::SPLIT : MODIFICATION});
       }
       if (chance(2))
       {
@@ -376,12 +372,12 @@ private:
         int const half = make();
         int const other_half = make();
         int const together = make();
-        calls.push_back({blank, half, ABSORBED});
-        calls.push_back({blank, other_half, ABSORBED});
-        calls.push_back({tool, half, ABSORBED});
-        calls.push_back({tool, other_half, chance(2) ? CREATED : ABSORBED});
-        calls.push_back({half, together, chance(2) ? CHANGED : ABSORBED});
-        calls.push_back({other_half, together, chance(2) ? CREATED : ABSORBED});
+        calls.push_back({blank, half, ABSORPTION});
+        calls.push_back({blank, other_half, ABSORPTION});
+        calls.push_back({tool, half, ABSORPTION});
+        calls.push_back({tool, other_half, chance(2) ? CREATION : ABSORPTION});
+        calls.push_back({half, together, chance(2) ? MODIFICATION : ABSORPTION});
+        calls.push_back({other_half, together, chance(2) ? CREATION : ABSORPTION});
       }
     }
     std::shuffle(calls.begin(), calls.end(), random);
@@ -477,13 +473,6 @@ private:
   int separator = 0;
   bool with_qualifiers = false;
 };
-
-constexpr Type CREATION = OzObjectDependency::CREATION;
-constexpr Type DELETION = OzObjectDependency::DELETION;
-constexpr Type MODIFICATION = OzObjectDependency::MODIFICATION;
-constexpr Type SPLIT = OzObjectDependency::SPLIT;
-constexpr Type ABSORPTION = OzObjectDependency::ABSORPTION;
-constexpr Type CONVERSION = OzObjectDependency::CONVERSION;
 
 Shape const SHAPES[] = {
     {"tiny", 5, 7, false, 3, ALL_TYPES},

@@ -1,5 +1,6 @@
 #include "ozobjdependency.h"
 
+#include "dependency_types.h"
 #include "growing_addresses.h"
 #include "report_recorder.h"
 #include "simplify_fixture.h"
@@ -15,21 +16,9 @@
 
 namespace
 {
-typedef OzObjDependencyProbe Probe;
-typedef OzObjectDependency::Type Type;
 typedef std::vector<std::string> Texts;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-constexpr Type UNSPECIFIED = OzObjectDependency::UNSPECIFIED;
-constexpr Type TRANSFER = OzObjectDependency::TRANSFER;
-constexpr Type CREATION = OzObjectDependency::CREATION;
-constexpr Type DELETION = OzObjectDependency::DELETION;
-constexpr Type MODIFICATION = OzObjectDependency::MODIFICATION;
-constexpr Type SPLIT = OzObjectDependency::SPLIT;
-constexpr Type ABSORPTION = OzObjectDependency::ABSORPTION;
-constexpr Type CONVERSION = OzObjectDependency::CONVERSION;
-constexpr Type CONTAINMENT = OzObjectDependency::CONTAINMENT;
 
 constexpr int NO_QUALIFIER = -1000;
 char const* const UNIT = "ozobjdependency_simplify.cpp";

@@ -1,6 +1,6 @@
 #include "ozobjdependency.h"
 
-#include "graph_probe.h"
+#include "dependency_types.h"
 #include "report_recorder.h"
 #include "text_journal.h"
 
@@ -13,16 +13,6 @@
 
 namespace
 {
-typedef OzObjDependencyProbe Probe;
-
-constexpr OzObjectDependency::Type CREATION = OzObjectDependency::CREATION;
-constexpr OzObjectDependency::Type DELETION = OzObjectDependency::DELETION;
-constexpr OzObjectDependency::Type MODIFICATION = OzObjectDependency::MODIFICATION;
-constexpr OzObjectDependency::Type SPLIT = OzObjectDependency::SPLIT;
-constexpr OzObjectDependency::Type ABSORPTION = OzObjectDependency::ABSORPTION;
-constexpr OzObjectDependency::Type CONVERSION = OzObjectDependency::CONVERSION;
-constexpr OzObjectDependency::Type CONTAINMENT = OzObjectDependency::CONTAINMENT;
-
 /// A graph over five objects with the identities 12 to 16. Damage is done through the probe, and what must
 /// be whole again before the graph can be destroyed is put right by `repair`.
 struct Fixture
