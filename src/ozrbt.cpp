@@ -91,8 +91,7 @@ void OzRBTree::insert_below(OzRBTreeNode* z, OzRBTreeNode* parent, bool on_the_r
 {
   attach(z, parent, on_the_right);
   z->right_most_ = z;
-  if (on_the_right)
-    record_last(z);
+  record_last(z);
   z->color = RED;
   insert_fixup<Records::CHANGED>(z);
 }
@@ -471,8 +470,9 @@ void OzRBTree::renew_in_strict_order(OzRBTreeNode* n)
     n->right_most_ = right->right_most_;
 }
 
-// `z` has become a right child where there was none, and so the last node of each subtree up to the first that
-// is a left one. There it is the greatest, unless all from the top of the subtree on are equal to it.
+// `z` has become a child where there was none. On the left it changes no record. On the right it is the last
+// node of each subtree up to the first that is a left one, and so the greatest, unless all from the top of the
+// subtree on are equal to it.
 void OzRBTree::record_last(OzRBTreeNode* z)
 {
   OzRBTreeNode* n = z;

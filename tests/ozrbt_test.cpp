@@ -154,6 +154,7 @@ public:
   NumberTree& operator=(NumberTree const&) = default;
 
   using OzRBTree::insert;
+  using OzRBTree::insert_below;
   using OzRBTree::left_rotate;
   using OzRBTree::nil;
   using OzRBTree::rb_delete;
@@ -440,6 +441,26 @@ TEST(OzRBTree, ReportsAndRefusesToInsertNullOrNil)
   tree.rb_insert(nullptr);
 
   EXPECT_EQ(tree.shape(), "((1r)2b(3r))");
+  EXPECT_EQ(tree.error(), "");
+}
+
+TEST(OzRBTree, InsertionBelowAKnownPlaceLeavesTheRecordsToTheFirstOfEqualKeys)
+{
+  NumberTree tree;
+  tree.add(3, 1);
+  NumberNode* const top = tree.add(5, 2);
+  NumberNode* const last = tree.add(7, 3);
+  ASSERT_EQ(tree.root, top);
+
+  NumberNode* const equal = new NumberNode(tree.nil, 7, 4);
+  tree.insert_below(equal, last, true);
+  EXPECT_EQ(last->right_most(), last);
+  EXPECT_EQ(top->right_most(), last);
+  EXPECT_EQ(equal->right_most(), equal);
+
+  NumberNode* const greater = new NumberNode(tree.nil, 8, 5);
+  tree.insert_below(greater, equal, true);
+  EXPECT_EQ(top->right_most(), greater);
   EXPECT_EQ(tree.error(), "");
 }
 
