@@ -31,7 +31,7 @@ protected:
   OzObjDependencySimplify()
   {
     growing_addresses::start_again();
-    for (int identity = 0; identity < 16; ++identity)
+    for (int identity = 0; identity < 32; ++identity)
       things.emplace_back(identity);
   }
   ~OzObjDependencySimplify() override { graph.set_simplify_trace(nullptr); }
@@ -487,6 +487,29 @@ TEST_F(OzObjDependencySimplify, KeepsASplitWithTwoProducts)
   EXPECT_THAT(links(), ElementsAre("1>2 SPLIT q- s0", "1>3 SPLIT q- s0"));
 }
 
+TEST_F(OzObjDependencySimplify, MakesModificationsOfSplitsWithASingleProductThatComeOneAfterTheOther)
+{
+  // Both roots' turns have to do with 11, which no root reaches, and leave it one split each.
+  link(1, 4, CREATION);
+  link(2, 5, CREATION);
+  link(10, 11, CREATION);
+  link(11, 10, CREATION);
+  link(11, 4, CREATION);
+  link(11, 5, CONVERSION);
+  link(11, 14, SPLIT);
+  for (int target = 15; target <= 22; ++target)
+    link(11, target, CREATION);
+  link(4, 6, CREATION);
+  link(5, 7, SPLIT);
+  Probe::roots(graph).erase(Probe::node(graph, object(10)));
+
+  step();
+
+  EXPECT_EQ(forward(11, 6)->dependency_type, CREATION);
+  EXPECT_EQ(forward(11, 7)->dependency_type, MODIFICATION);
+  EXPECT_EQ(forward(11, 14)->dependency_type, MODIFICATION);
+}
+
 TEST_F(OzObjDependencySimplify, KeepsAContainmentWithASingleProduct)
 {
   link(1, 2, CONTAINMENT);
@@ -590,6 +613,109 @@ TEST_F(OzObjDependencySimplify, LeavesMixedAbsorptionsAloneThatNoNewLinkTouches)
   graph.simplify_it();
 
   EXPECT_THAT(links(), ElementsAre("1>3 MODIFICATION q- s0", "4>5 ABSORPTION q- s0", "4>6 CREATION q- s0"));
+}
+
+TEST_F(OzObjDependencySimplify, LooksAgainAtASourceOfManyAbsorptionsThatHasBecomeMixed)
+{
+  // Three roots in this order. The first and the third come to be absorbed by 6, as is the second, which has
+  // many more absorptions, and in its turn gets a target of another type.
+  link(1, 4, CONVERSION);
+  link(2, 13, ABSORPTION);
+  link(3, 5, CONVERSION);
+  for (int source : {2, 4, 5, 7, 8, 9, 10, 11, 12})
+    link(source, 6, ABSORPTION);
+  for (int target = 14; target <= 20; ++target)
+    link(2, target, ABSORPTION);
+  link(13, 21, CREATION);
+  ReportRecorder const recorder;
+
+  step();
+
+  for (int source : {1, 2, 3, 7, 8, 9, 10, 11, 12})
+    EXPECT_EQ(forward(source, 6)->dependency_type, CREATION) << source;
+  for (int target = 14; target <= 21; ++target)
+    EXPECT_EQ(forward(2, target)->dependency_type, CREATION) << target;
+  EXPECT_EQ(Probe::link_count(graph), 17u);
+  EXPECT_EQ(recorder.units(), reports(0, UNIT));
+}
+
+TEST_F(OzObjDependencySimplify, LooksAgainAtAMixedSourceThatIsAbsorbedOnceMore)
+{
+  // The first root's turn makes creations of all absorptions of the second, which then gets another one.
+  link(1, 4, CONVERSION);
+  link(2, 13, MODIFICATION);
+  link(4, 6, ABSORPTION);
+  link(2, 6, ABSORPTION);
+  for (int target = 14; target <= 20; ++target)
+    link(2, target, ABSORPTION);
+  link(13, 21, ABSORPTION);
+  ReportRecorder const recorder;
+
+  step();
+
+  EXPECT_EQ(forward(1, 6)->dependency_type, CREATION);
+  for (int target : {6, 14, 15, 16, 17, 18, 19, 20, 21})
+    EXPECT_EQ(forward(2, target)->dependency_type, CREATION) << target;
+  EXPECT_EQ(Probe::link_count(graph), 10u);
+  EXPECT_EQ(recorder.units(), reports(0, UNIT));
+}
+
+TEST_F(OzObjDependencySimplify, LooksAgainAtASourceWhoseOtherTargetHasBecomeMixed)
+{
+  // The second root's turn makes a creation of its absorption by 7, which absorbs 4 as well. So when the third
+  // root's turn comes near 4, what 7 still absorbs is created.
+  link(1, 5, CONVERSION);
+  link(2, 8, CREATION);
+  link(3, 9, CONVERSION);
+  link(5, 6, ABSORPTION);
+  link(9, 6, ABSORPTION);
+  link(8, 7, ABSORPTION);
+  link(2, 7, ABSORPTION);
+  for (int target : {6, 7, 14, 15, 16, 17, 18, 19, 20})
+    link(4, target, ABSORPTION);
+  for (int source : {10, 11, 12, 13, 21, 22, 23, 24})
+    link(source, 7, ABSORPTION);
+  ReportRecorder const recorder;
+
+  step();
+
+  for (int source : {1, 3, 4})
+    EXPECT_EQ(forward(source, 6)->dependency_type, ABSORPTION) << source;
+  for (int source : {2, 4, 10, 11, 12, 13, 21, 22, 23, 24})
+    EXPECT_EQ(forward(source, 7)->dependency_type, CREATION) << source;
+  for (int target = 14; target <= 20; ++target)
+    EXPECT_EQ(forward(4, target)->dependency_type, ABSORPTION) << target;
+  EXPECT_EQ(recorder.units(), reports(0, UNIT));
+}
+
+TEST_F(OzObjDependencySimplify, LooksAgainAtATargetWithASourceThatALinkJustMadeHasMixed)
+{
+  // No root reaches the cycle of 10 and 11. The first root's turn finds all that 6 absorbs pure, 11 among it. The
+  // second one's makes a link from 11 to 8 first, and so a creation of the absorption of 11 by 7.
+  link(1, 4, CONVERSION);
+  link(2, 5, ABSORPTION);
+  link(2, 8, ABSORPTION);
+  link(3, 9, CONVERSION);
+  link(4, 6, ABSORPTION);
+  link(9, 6, ABSORPTION);
+  link(10, 11, MODIFICATION);
+  for (int target : {10, 5, 6, 7, 14, 15, 16, 17, 18, 19})
+    link(11, target, ABSORPTION);
+  Probe::roots(graph).erase(Probe::node(graph, object(10)));
+  link(5, 8, CREATION);
+  link(8, 7, ABSORPTION);
+  for (int source = 20; source <= 26; ++source)
+    link(source, 6, ABSORPTION);
+  ReportRecorder const recorder;
+
+  step();
+
+  EXPECT_EQ(forward(2, 7)->dependency_type, CREATION);
+  for (int target : {10, 6, 7, 14, 15, 16, 17, 18, 19})
+    EXPECT_EQ(forward(11, target)->dependency_type, CREATION) << target;
+  for (int source : {1, 3, 20, 21, 22, 23, 24, 25, 26})
+    EXPECT_EQ(forward(source, 6)->dependency_type, CREATION) << source;
+  EXPECT_EQ(recorder.units(), reports(0, UNIT));
 }
 
 TEST_F(OzObjDependencySimplify, KeepsAbsorptionsThatArePureAtBothEnds)
@@ -1248,6 +1374,21 @@ TEST_F(OzObjDependencySimplify, ReportsALinkThatOnlyTheLookUpKnows)
   delete record;
 }
 
+TEST_F(OzObjDependencySimplify, ComesBackToARootWhoseTargetOnlySeemedToHaveNoTargets)
+{
+  link(1, 2, CREATION);
+  link(2, 5, CREATION);
+  link(3, 5, CREATION);
+  link(5, 6, CREATION);
+  OzObjDepLink* const record = forward(2, 5);
+  Probe::node(graph, object(2))->target_links.erase(record);
+
+  graph.simplify_it();
+
+  EXPECT_THAT(links(), ElementsAre("1>6 CREATION q- s0", "3>6 CREATION q- s0"));
+  delete record;
+}
+
 TEST_F(OzObjDependencySimplify, ReportsANullNodeOfTheNullObject)
 {
   link(1, 2, CREATION);
@@ -1902,6 +2043,27 @@ TEST(ManyRoots, CreateWhatTheyWereAbsorbedByAndWhatWasThenChanged)
   EXPECT_EQ(Probe::link_count(all.graph), N);
   // The last root's turn takes the whole out, so that it meets creations only, and joins them.
   EXPECT_EQ(all.count(parts, changed, CREATION), static_cast<int>(N));
+}
+
+TEST(ManyRoots, CreateTwoThingsThatTheyWereAbsorbedByAndThatWereThenChanged)
+{
+  constexpr std::size_t N = 100000;
+  ManyObjects all;
+  std::vector<OzDynObj const*> const parts = all.make(N);
+  OzDynObj const* changed[2];
+  for (OzDynObj const*& one : changed)
+  {
+    OzDynObj const* const whole = all.make();
+    one = all.make();
+    all.record(parts, {whole}, ABSORPTION);
+    all.record(whole, one, MODIFICATION);
+  }
+
+  all.graph.simplify_it();
+
+  EXPECT_EQ(Probe::link_count(all.graph), 2 * N);
+  for (OzDynObj const* one : changed)
+    EXPECT_EQ(all.count(parts, one, CREATION), static_cast<int>(N));
 }
 
 TEST(ManyRoots, StandBesideADeepHistory)
