@@ -100,23 +100,22 @@ struct OzObjDepSimplifyContext
     return found != new_links_of.end() ? found->second.size() : 0;
   }
 
-  /// Calls `visit` with the place of each new link from `source`, in their order, until it answers false.
+  /// Calls `visit` with the place of each new link from `source`, in their order.
   template <class Visit>
   void visit_new_links(OzObjDepNode const* source, Visit visit)
   {
     if (!index_new_links())
     {
       for (std::uint64_t i = 0; i < new_links.size(); ++i)
-        if (new_link_sources[i] == source && !visit(i))
-          return;
+        if (new_link_sources[i] == source)
+          visit(i);
       return;
     }
     auto const found = new_links_of.find(source);
     if (found == new_links_of.end())
       return;
     for (std::uint64_t i : found->second)
-      if (!visit(i))
-        return;
+      visit(i);
   }
 
   /// Calls `visit` with each node that holds a record to be dropped to `target`.
@@ -161,11 +160,11 @@ struct OzObjDepSimplifyContext
     }
   }
 
-  /// Can a record to `target` wait to be dropped while `target` has lost its own? Only if it was an n2 before,
-  /// and that are the targets of the root, or the one node at hand.
+  /// Can a record to `target` wait to be dropped while `target` has lost its own? Only if it was an n2 before in
+  /// the same turn, and that are the targets of the root; each of the later ones has a commit to itself.
   bool may_have_old_sources(OzObjDepNode const* target) const
   {
-    return root == nullptr || root->target_link_map.contains(const_cast<OzObjDepNode*>(target));
+    return root != nullptr && root->target_link_map.contains(const_cast<OzObjDepNode*>(target));
   }
   /// False if there is surely no new link from `source` to `target`: its backward record is in place at once,
   /// and stays until `target` is an n2.
@@ -228,14 +227,6 @@ namespace
 {
 typedef OzObjectDependency::Type Type;
 
-/// What composing two links gives, besides the separator of the second one. A role does not survive it.
-struct Composed
-{
-  Type type;
-  bool has_target_qualifier;
-  int target_qualifier;
-};
-
 int identity(OzObjDepNode const* node)
 {
   return node != nullptr && node->object != nullptr ? node->object->identity() : 0;
@@ -280,12 +271,11 @@ OzObjDepLink* only_one(OzObjDepLinkSet const& links, Type type)
 }
 
 /// The nodes of a list, each once and in the order of the walks.
-OzAddressSet<OzObjDepNode*> set_of(OzArray<OzObjDepNode*> const& nodes)
+std::vector<OzObjDepNode*> each_once(std::vector<OzObjDepNode*> nodes)
 {
-  OzAddressSet<OzObjDepNode*> set;
-  for (OzObjDepNode* node : nodes)
-    set.insert(node);
-  return set;
+  std::sort(nodes.begin(), nodes.end(), std::less<OzObjDepNode*>());
+  nodes.erase(std::unique(nodes.begin(), nodes.end()), nodes.end());
+  return nodes;
 }
 
 /// The links that a commit has entered, by either end.
@@ -305,18 +295,16 @@ public:
   /// The backward records of `target` that are new and of type ABSORPTION.
   std::vector<OzObjDepLink*> absorptions_of_target(OzObjDepNode* target)
   {
-    sort(by_target, [](Ends const& ends) { return ends.target; });
-    return absorptions(
-        by_target, target, [](Ends const& ends) { return ends.target; },
-        [](Ends const& ends) { return ends.target->source_link_map.value(ends.source); });
+    sort(by_target, &Ends::target);
+    return absorptions(by_target, target, &Ends::target,
+                       [](Ends const& ends) { return ends.target->source_link_map.value(ends.source); });
   }
   /// The same for the forward records of `source`.
   std::vector<OzObjDepLink*> absorptions_of_source(OzObjDepNode* source)
   {
-    sort(by_source, [](Ends const& ends) { return ends.source; });
-    return absorptions(
-        by_source, source, [](Ends const& ends) { return ends.source; },
-        [](Ends const& ends) { return ends.source->target_link_map.value(ends.target); });
+    sort(by_source, &Ends::source);
+    return absorptions(by_source, source, &Ends::source,
+                       [](Ends const& ends) { return ends.source->target_link_map.value(ends.target); });
   }
 
 private:
@@ -326,24 +314,25 @@ private:
     OzObjDepNode* target;
   };
 
-  template <class End>
+  typedef OzObjDepNode* Ends::*End;
+
   void sort(std::vector<Ends>& sorted, End end)
   {
     if (!sorted.empty())
       return;
     sorted = links;
     std::sort(sorted.begin(), sorted.end(),
-              [&](Ends const& a, Ends const& b) { return std::less<OzObjDepNode*>()(end(a), end(b)); });
+              [&](Ends const& a, Ends const& b) { return std::less<OzObjDepNode*>()(a.*end, b.*end); });
   }
-  template <class End, class Record>
+  template <class Record>
   static std::vector<OzObjDepLink*> absorptions(std::vector<Ends> const& sorted, OzObjDepNode* node, End end,
                                                 Record record)
   {
     std::vector<OzObjDepLink*> list;
     auto at = std::lower_bound(sorted.begin(), sorted.end(), node,
                                [&](Ends const& ends, OzObjDepNode* wanted)
-                               { return std::less<OzObjDepNode*>()(end(ends), wanted); });
-    for (; at != sorted.end() && end(*at) == node; ++at)
+                               { return std::less<OzObjDepNode*>()(ends.*end, wanted); });
+    for (; at != sorted.end() && (*at).*end == node; ++at)
     {
       // One that went again in the same commit is not there any more.
       OzObjDepLink* const link = record(*at);
@@ -384,12 +373,6 @@ public:
   }
 
 private:
-  static std::vector<OzObjDepNode*> each_once(std::vector<OzObjDepNode*> nodes)
-  {
-    std::sort(nodes.begin(), nodes.end(), std::less<OzObjDepNode*>());
-    nodes.erase(std::unique(nodes.begin(), nodes.end()), nodes.end());
-    return nodes;
-  }
   static bool is_absorption(OzObjDepLink const* link)
   {
     return link != nullptr && link->dependency_type == OzObjectDependency::ABSORPTION;
@@ -872,7 +855,7 @@ void OzObjDependency::remove_n2(OzObjDepSimplifyContext& context, OzObjDepNode* 
   context.n2s_to_remove_later.erase(n2);
 }
 
-// The table is no smooth algebra, and each cell is wanted as it stands: MODIFICATION then CONTAINMENT, and
+// A role does not survive composition. The table is no smooth algebra, and each cell is wanted as it stands: MODIFICATION then CONTAINMENT, and
 // ABSORPTION then SPLIT or CONTAINMENT, are CREATION, while CONTAINMENT then SPLIT is SPLIT.
 void OzObjDependency::compose_links(OzObjDepLink const* first, OzObjDepLink const* second, Type& type,
                                     bool& has_target_qualifier, int& target_qualifier,
@@ -1030,10 +1013,8 @@ void OzObjDependency::collect_ways(OzObjDepSimplifyContext& context, OzObjDepNod
       if (link != nullptr && link->node != nullptr)
         ways.push_back({link, true, 0});
     context.visit_new_links(n1,
-                            [&](std::uint64_t position)
-                            {
+                            [&](std::uint64_t position) {
                               ways.push_back({context.new_links[position], false, position});
-                              return true;
                             });
     return;
   }
@@ -1145,7 +1126,7 @@ void OzObjDependency::commit_changes(OzObjDepSimplifyContext& context, ObjectNod
 
   AbsorptionCleanUp(context, new_links).run();
 
-  for (OzObjDepNode* source : set_of(context.old_link_sources))
+  for (OzObjDepNode* source : each_once({context.old_link_sources.begin(), context.old_link_sources.end()}))
     clean_up_lone_split(context, source);
   context.forget_old_links();
 
