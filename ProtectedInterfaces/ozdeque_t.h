@@ -44,7 +44,7 @@ OzDequeBase<T>::OzDequeBase()
   };
   std::unique_ptr<T*, FreeMap> guard(map);
   *middle = new_block();
-  guard.release();
+  static_cast<void>(guard.release());
 
   set_node(start, middle);
   start.cur = start.first;
