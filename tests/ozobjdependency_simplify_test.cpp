@@ -688,6 +688,25 @@ TEST_F(OzObjDependencySimplify, LooksAgainAtASourceWhoseOtherTargetHasBecomeMixe
   EXPECT_EQ(recorder.units(), reports(0, UNIT));
 }
 
+TEST_F(OzObjDependencySimplify, LooksAgainAtASourceWhoseOtherTargetOfFewSourcesHasBecomeMixed)
+{
+  link(1, 5, CONVERSION);
+  link(2, 8, CREATION);
+  link(3, 9, CONVERSION);
+  link(5, 6, ABSORPTION);
+  link(9, 6, ABSORPTION);
+  link(8, 7, ABSORPTION);
+  link(2, 7, ABSORPTION);
+  for (int target : {6, 7, 14, 15, 16, 17, 18, 19, 20})
+    link(4, target, ABSORPTION);
+
+  step();
+
+  EXPECT_EQ(forward(3, 6)->dependency_type, ABSORPTION);
+  EXPECT_EQ(forward(4, 6)->dependency_type, ABSORPTION);
+  EXPECT_EQ(forward(4, 7)->dependency_type, CREATION);
+}
+
 TEST_F(OzObjDependencySimplify, LooksAgainAtATargetWithASourceThatALinkJustMadeHasMixed)
 {
   // No root reaches the cycle of 10 and 11. The first root's turn finds all that 6 absorbs pure, 11 among it. The
