@@ -428,6 +428,15 @@ TEST_F(OzHashTableWithAChain, SplicesTheOnlyNode)
   EXPECT_TRUE(table.insert_node(only));
 }
 
+TEST_F(OzHashTableWithAChain, SplicingANodeThatIsInNoChainLeavesThatOfItsCell)
+{
+  Node stray(1, 9);
+
+  table.splice_node(&stray);
+
+  EXPECT_EQ(chain(table, 1), (Names{3, 2, 1}));
+}
+
 TEST_F(OzHashTableWithAChain, SpliceHashesTheNodeAgain)
 {
   Table::hashed = 0;
@@ -519,6 +528,33 @@ TEST_F(OzHashTableTest, RemovesAllElementsCellByCellFromTheHead)
   EXPECT_EQ(table.cells.size(), 3u);
   EXPECT_EQ(names(table), Names());
   EXPECT_TRUE(table.insert_node(new Node(0)));
+}
+
+TEST_F(OzHashTableTest, ANodeThatGoesWithAllFindsItsCellEmpty)
+{
+  class Witness : public Node
+  {
+  public:
+    Witness(Table const& home, std::vector<OzHashTableNode const*>& heads)
+      : Node(1)
+      , table(home)
+      , found(heads)
+    {
+    }
+    ~Witness() override { found.push_back(table.cells[1]); }
+
+  private:
+    Table const& table;
+    std::vector<OzHashTableNode const*>& found;
+  };
+  Table table(2);
+  std::vector<OzHashTableNode const*> found;
+  table.insert_node(new Witness(table, found));
+  table.insert_node(new Witness(table, found));
+
+  table.remove_all_elements();
+
+  EXPECT_EQ(found, (std::vector<OzHashTableNode const*>{nullptr, nullptr}));
 }
 
 TEST_F(OzHashTableTest, DeletesItsNodesAtItsEndWithoutHashing)
