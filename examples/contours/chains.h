@@ -31,8 +31,8 @@ struct Chain
 
 using Strategy = OzEdgeSorter::OzSortStrategy;
 
-/// Up to so many chains of one cluster are joined closest first, more by growing chains: looking for the closest pair
-/// of all before each join costs the cube of their number.
+/// Up to so many chains of one cluster are joined closest first, more by growing chains. Results depend on this number
+/// where ends leave a choice, so it stays.
 constexpr std::size_t MOST_CLOSEST_FIRST = 500;
 
 /// Up to so many go to one sorter, which asks for the gap of every pair of ends.
