@@ -855,8 +855,9 @@ void OzObjDependency::remove_n2(OzObjDepSimplifyContext& context, OzObjDepNode* 
   context.n2s_to_remove_later.erase(n2);
 }
 
-// A role does not survive composition. The table is no smooth algebra, and each cell is wanted as it stands: MODIFICATION then CONTAINMENT, and
-// ABSORPTION then SPLIT or CONTAINMENT, are CREATION, while CONTAINMENT then SPLIT is SPLIT.
+// A role does not survive composition. The table is no smooth algebra, and each cell is wanted as it stands:
+// MODIFICATION then CONTAINMENT, and ABSORPTION then SPLIT or CONTAINMENT, are CREATION, while CONTAINMENT then
+// SPLIT is SPLIT.
 void OzObjDependency::compose_links(OzObjDepLink const* first, OzObjDepLink const* second, Type& type,
                                     bool& has_target_qualifier, int& target_qualifier,
                                     OzObjectDependencyRole*& role, int& separator)
