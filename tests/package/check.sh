@@ -36,11 +36,12 @@ dynamic_entries()
   readelf -d "$1" | sed -n "s/.*($2).*\[\(.*\)\]/\1/p" | sort
 }
 
-# Functions and data, without what every translation unit has of the templates that it uses.
+# Functions and data, without what every translation unit has of the templates that it uses. An operator that stands
+# outside its class is known by what it takes first.
 foreign_exports()
 {
   nm -DC --defined-only "$1" | sed -n 's/^[0-9a-f]* [TDBR] //p' | sed -E 's/^[a-zA-Z -]+ (for|to) //' |
-    grep -vE "^($2)" || true
+    sed -E 's/^operator[^(]+\(//' | grep -vE "^($2)" || true
 }
 
 major=$(sed -nE 's/^  VERSION ([0-9]+)\..*/\1/p' CMakeLists.txt)
